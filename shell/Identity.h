@@ -1,0 +1,11 @@
+#pragma once
+
+// Who the plug-in is to its hosts. The bundles are built with the same values (plugin/CMakeLists.txt).
+namespace tindle::identity
+{
+constexpr const char* pluginName = "Velmar Digital Tindle";
+constexpr const char* vendorName = "Velmar Digital";
+constexpr const char* pluginCode = "VLTD";
+constexpr int versionCode = 0x00010101;
+constexpr const char* lv2Uri = "urn:velmar-digital:tindle";
+} // namespace tindle::identity
