@@ -30,6 +30,9 @@ demo: build
 	@echo "  LV2:        $(abspath $(ARTEFACTS))/LV2/Tindle.lv2"
 	@echo "  Standalone: $(abspath $(ARTEFACTS))/Standalone/Tindle"
 
+bench: build
+	./bench/run.sh $(BUILD_DIR)
+
 install: build
 	mkdir -p $(HOME)/.vst3 $(HOME)/.lv2
 	rm -rf $(HOME)/.vst3/Tindle.vst3 $(HOME)/.lv2/Tindle.lv2

@@ -1,6 +1,7 @@
 #include "shell/TindleAudioProcessor.h"
 
 #include "engine/Tindler.h"
+#include "toolkit/VectorLibrary.h"
 
 TindleAudioProcessor::TindleAudioProcessor(velmar::audio::BaseAudioProcessor* engineToOwn)
     : BasePlugInProcessor(engineToOwn, "Ostrand")
@@ -21,6 +22,7 @@ bool TindleAudioProcessor::hasEditor() const
 
 juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter()
 {
+    velmar::audio::startUpVectorLibrary();
     auto* engine = new velmar::audio::Tindler();
     return new TindleAudioProcessor(engine);
 }

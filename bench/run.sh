@@ -1,0 +1,7 @@
+#!/bin/sh
+# Runs every benchmark of the project against the build in $1 (default: build).
+set -eu
+build=${1:-build}
+here=$(dirname "$0")
+echo "== Vector layer at frame sizes, against the same loops compiled without vectorisation =="
+"$build/bench/vector_bench" --benchmark_format=json 2>/dev/null | python3 "$here/report_vectors.py"
