@@ -1,6 +1,8 @@
 #pragma once
 
 #include "engine/BaseAudioProcessor.h"
+#include "engine/FrameEvents.h"
+#include "toolkit/RealFft.h"
 #include "toolkit/SignalQueue.h"
 
 #include <atomic>
@@ -17,7 +19,8 @@ namespace velmar::audio
     Settings and statistics are atomics with relaxed order: the editor writes toggles and reads and
     clears the counters from its own thread without a lock, and each is one word.
 
-    Allocates: setUp builds its kernel; every frame makes its working signals and queue blocks. */
+    Allocates: setUp builds its kernel; every frame makes its working signals, event lists, filters
+    and queue blocks. */
 class Tindler : public BaseAudioProcessor
 {
 public:
@@ -48,9 +51,30 @@ public:
         False, with zeros, when no frame has been counted since. */
     bool readStatistics(float& clicksPerSecond, float& cracklesPerSecond);
 
-    /** Restores one raw frame of frameLength samples; fills lastRepairEnd per channel with how far
-        the frame's last click repair reached (0 for none). */
+    /** Restores one raw frame of frameLength samples, or gives what was removed from it in
+        residual mode; fills lastRepairEnd per channel with how far the frame's last carried click
+        repair reached (0 for none), and adds the frame's counts to the statistics. */
     Signal32 restoreFrame(const Signal32& frame, std::vector<std::int32_t>& lastRepairEnd);
+
+    /** Finds the frame's clicks and crackle points from its forward and backward prediction
+        errors under the given predictor, and the level of its detection signal per channel. */
+    void detect(const Signal32& frame, const Signal32& coefficients, std::vector<ClickRegion>& clicks,
+                std::vector<CracklePoint>& crackles, std::vector<float>& channelLevels,
+                std::vector<std::int32_t>& lastRepairEnd);
+
+    /** A copy of frame with every click region filled in by prediction from both sides; history is
+        always read from frame itself. */
+    static Signal32 repairClicks(const Signal32& frame, const Signal32& coefficients,
+                                 const std::vector<ClickRegion>& clicks);
+
+    /** Fills start .. end - 1 of one channel of target by two-sided extrapolation from source. */
+    static void repairRegion(const Signal32& source, const Signal32& target, const Signal32& coefficients,
+                             std::int32_t channel, std::int32_t start, std::int32_t end,
+                             float baselineFactor);
+
+    /** frame with a spectrally denoised copy of itself spliced in around each crackle point. */
+    Signal32 reduceCrackle(const Signal32& frame, const std::vector<CracklePoint>& crackles,
+                           const std::vector<float>& channelLevels);
 
     std::int32_t getFrameLength() const noexcept { return frameLength; }
     std::int32_t getOverlap() const noexcept { return overlap; }
@@ -61,6 +85,7 @@ public:
 private:
     void runFrame();
 
+    RealFft fft;
     SignalQueue<Signal32> inputQueue;
     SignalQueue<Signal32> outputQueue;
     Signal32 analysisWindow;

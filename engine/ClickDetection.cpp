@@ -1,0 +1,108 @@
+#include "engine/Tindler.h"
+
+#include "toolkit/FftBlockFilter.h"
+#include "toolkit/ScalarHelpers.h"
+#include "toolkit/SignalMaths.h"
+
+#include <algorithm>
+
+namespace velmar::audio
+{
+
+void Tindler::detect(const Signal32& frame, const Signal32& coefficients, std::vector<ClickRegion>& clicks,
+                     std::vector<CracklePoint>& crackles, std::vector<float>& channelLevels,
+                     std::vector<std::int32_t>& lastRepairEnd)
+{
+    constexpr auto relaxed = std::memory_order_relaxed;
+    const bool clicksOn = enableTindle.load(relaxed);
+    const bool crackleOn = enableDecrackle.load(relaxed);
+
+    // The prediction-error filter, run forward and then backward in time. The backward run starts
+    // from the forward run's delay line, which disturbs only the frame's last, unscanned samples.
+    FftBlockFilter predictionError(coefficients, -1);
+    const Signal32 forwardMagnitude = abs(predictionError.process(frame));
+    const Signal32 backwardError = flip(predictionError.process(flip(frame)));
+    const Signal32 backwardMagnitude = abs(backwardError);
+    // The geometric mean: a sample counts only where the predictor fails in both directions.
+    const Signal32 detector = sqrt(forwardMagnitude * backwardMagnitude);
+
+    lastRepairEnd.assign(static_cast<std::size_t>(numChannels), 0);
+    channelLevels = rms(detector);
+    if (!clicksOn && !crackleOn)
+        return;
+
+    FftBlockFilter smoother(smoothingKernel, -1);
+    const Signal32 rawEnvelope =
+        detectDropouts.load(relaxed) ? forwardMagnitude + backwardMagnitude : detector;
+    const Signal32 envelope = smoother.process(rawEnvelope);
+    // The unsmoothed level against a half-gain envelope: the threshold is in effect about 6 dB
+    // above its number, and that pairing is part of the detector's calibration.
+    const std::vector<float> envelopeLevels = rms(rawEnvelope);
+    const std::int32_t halfKernel = smoothingKernel.length() / 2; // the smoother's delay
+
+    const auto clickSamples = std::max<std::int32_t>(
+        1, static_cast<std::int32_t>(static_cast<double>(clickLength.load(relaxed)) * sampleRate / 1000.0));
+    const auto guard = static_cast<std::int32_t>(static_cast<float>(clickSamples) * guardFraction);
+    const std::int32_t halfClick = clickSamples / 2;
+    const std::int32_t holdOffSamples = 2 * guard;
+    const float clickGain = decibelsToGain(clickSensitivity.load(relaxed) * -0.2f + 8.0f);
+    const float crackleThreshold = decibelsToGain(crackleSensitivity.load(relaxed) * -0.4f - 18.0f);
+    const std::int32_t outputEnd = frameLength - overlap;
+
+    for (std::int32_t c = 0; c < numChannels; ++c)
+    {
+        const float clickThreshold = envelopeLevels[static_cast<std::size_t>(c)] * clickGain;
+        const float* env = envelope.channel(c) + halfKernel;
+        const float* det = detector.channel(c);
+        float peak = 0.0f;
+        std::int32_t peakPosition = -1;
+        std::int32_t aboveCount = 0;
+        std::int32_t holdOff = 0;
+
+        for (std::int32_t i = overlap; i < frameLength - scanMargin; ++i)
+        {
+            const float v = env[i];
+            // peak is reset only when a click is recorded, so it may date from before the onset.
+            if (v > peak)
+            {
+                peakPosition = i;
+                peak = v;
+            }
+
+            if (aboveCount != 0 && !(v < clickThreshold))
+                ++aboveCount;
+            else if (aboveCount != 0)
+            {
+                // The click ends at i, the first sample below the threshold, which lies in its
+                // right guard.
+                std::int32_t end = i + guard;
+                std::int32_t start = i - guard - aboveCount;
+                if (end - start > clickSamples)
+                {
+                    start = std::max(start, peakPosition - halfClick);
+                    end = start + clickSamples;
+                    if (end >= outputEnd)
+                    {
+                        end = outputEnd - 1;
+                        start = end - clickSamples;
+                    }
+                }
+                clicks.push_back({peak, c, start, end});
+                // A region that starts behind the output section is found again by the next frame.
+                if (start < outputEnd)
+                    lastRepairEnd[static_cast<std::size_t>(c)] = end;
+                peak = 0.0f;
+                aboveCount = 0;
+                holdOff = holdOffSamples;
+            }
+            else if (holdOff > 0)
+                --holdOff;
+            else if (v > clickThreshold && clicksOn)
+                aboveCount = 1;
+            else if (det[i] > crackleThreshold && crackleOn)
+                crackles.push_back({c, i});
+        }
+    }
+}
+
+} // namespace velmar::audio
