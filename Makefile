@@ -31,6 +31,7 @@ demo: build
 	@echo "  Standalone: $(abspath $(ARTEFACTS))/Standalone/Tindle"
 
 bench: build
+	@./tools/install-deps.sh bench
 	./bench/run.sh $(BUILD_DIR)
 
 install: build

@@ -5,3 +5,6 @@ build=${1:-build}
 here=$(dirname "$0")
 echo "== Vector layer at frame sizes, against the same loops compiled without vectorisation =="
 "$build/bench/vector_bench" --benchmark_format=json 2>/dev/null | python3 "$here/report_vectors.py"
+echo
+echo "== Restoration quality against FFmpeg's adeclick, both at their defaults =="
+"$build/bench/quality_bench"

@@ -1,6 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that building and testing Tindle needs, if any are missing.
 # Uses sudo when not run as root. Safe to run again: with everything present it only checks.
+# With the argument "bench" it also installs what the benchmarks compare against.
 set -eu
 
 packages="
@@ -13,6 +14,7 @@ libfftw3-dev
 libgtest-dev libgmock-dev libbenchmark-dev
 xvfb xauth clang-format git python3
 "
+[ "${1:-}" = "bench" ] && packages="$packages ffmpeg"
 
 missing=""
 for p in $packages; do

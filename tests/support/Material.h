@@ -88,4 +88,62 @@ inline void addClick(velmar::audio::Signal32& s, std::int32_t channel, std::int3
     }
 }
 
+/** Where damage was put: one channel, from position, width samples. */
+struct DamageEvent
+{
+    std::int32_t channel;
+    std::int32_t position;
+    std::int32_t width;
+};
+
+/** Clicks at random places, perSecond of them per second over all channels: widths from 0.05 to
+    4 ms, amplitudes from 0.05 to 0.8, half of them noise bursts and half ringing oscillations; a
+    third of them fall on every channel at once, as a scratch does. Returns where they went. */
+inline std::vector<DamageEvent> addRandomClicks(velmar::audio::Signal32& s, std::mt19937& rng,
+                                                double perSecond, double sampleRate)
+{
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    const auto count = static_cast<int>(perSecond * s.length() / sampleRate);
+    std::vector<DamageEvent> events;
+    for (int n = 0; n < count; ++n)
+    {
+        const auto width = std::max<std::int32_t>(
+            1, static_cast<std::int32_t>((0.05 + 3.95 * unit(rng)) * sampleRate / 1000.0));
+        const auto position = static_cast<std::int32_t>(unit(rng) * (s.length() - width - 1));
+        const auto amplitude = static_cast<float>(0.05 + 0.75 * unit(rng));
+        const bool oscillation = unit(rng) < 0.5;
+        const bool everyChannel = unit(rng) < 1.0 / 3.0;
+        const auto only = static_cast<std::int32_t>(unit(rng) * s.channelCount()) % s.channelCount();
+        for (std::int32_t c = 0; c < s.channelCount(); ++c)
+            if (everyChannel || c == only)
+            {
+                addClick(s, c, position, width, amplitude, oscillation, rng);
+                events.push_back({c, position, width});
+            }
+    }
+    return events;
+}
+
+/** Crackle: perSecond short ticks per second and channel, one to three samples wide, from 0.005
+    to 0.03 in amplitude. Returns where they went. */
+inline std::vector<DamageEvent> addCrackle(velmar::audio::Signal32& s, std::mt19937& rng, double perSecond,
+                                           double sampleRate)
+{
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    const auto count = static_cast<int>(perSecond * s.length() / sampleRate);
+    std::vector<DamageEvent> events;
+    for (std::int32_t c = 0; c < s.channelCount(); ++c)
+        for (int n = 0; n < count; ++n)
+        {
+            const std::int32_t width = 1 + static_cast<std::int32_t>(3 * unit(rng)) % 3;
+            const auto position = static_cast<std::int32_t>(unit(rng) * (s.length() - width - 1));
+            const auto amplitude = static_cast<float>(0.005 + 0.025 * unit(rng));
+            const float sign = unit(rng) < 0.5 ? -1.0f : 1.0f;
+            for (std::int32_t j = 0; j < width; ++j)
+                s.channel(c)[position + j] += sign * amplitude * (j == 0 ? 1.0f : -0.6f);
+            events.push_back({c, position, width});
+        }
+    return events;
+}
+
 } // namespace tindle::test
