@@ -1,9 +1,16 @@
 #include "shell/BasePlugInProcessor.h"
 
+#include "shell/BundleResources.h"
+#include "shell/HostParameter.h"
 #include "shell/Identity.h"
 #include "toolkit/Ipp.h"
 
+#include <cstring>
+
 using velmar::audio::Signal32;
+
+// JUCE 7 deprecates the index operations that this class overrides and the wrappers still use.
+JUCE_BEGIN_IGNORE_WARNINGS_GCC_LIKE("-Wdeprecated-declarations")
 
 BasePlugInProcessor::BasePlugInProcessor(velmar::audio::BaseAudioProcessor* engineToOwn,
                                          const juce::String& resourcePrefix)
@@ -12,7 +19,8 @@ BasePlugInProcessor::BasePlugInProcessor(velmar::audio::BaseAudioProcessor* engi
                                .withOutput("Output", juce::AudioChannelSet::stereo(), true))
     , engine(engineToOwn)
 {
-    juce::ignoreUnused(resourcePrefix);
+    BundleResources::loadStringTable(BundleResources::currentBundle(), resourcePrefix,
+                                     BundleResources::currentLanguage());
 }
 
 BasePlugInProcessor::~BasePlugInProcessor()
@@ -117,28 +125,260 @@ bool BasePlugInProcessor::producesMidi() const
     return false;
 }
 
+const PlugInParameter* BasePlugInProcessor::getParameterRow(int index) const
+{
+    return parameters[index];
+}
+
+int BasePlugInProcessor::getNumParameters()
+{
+    return parameters.size();
+}
+
+const juce::String BasePlugInProcessor::getParameterName(int index)
+{
+    if (const auto* row = getParameterRow(index))
+        return row->getName();
+    return {};
+}
+
+float BasePlugInProcessor::getParameter(int index)
+{
+    if (const auto* row = getParameterRow(index))
+        return row->toHostValue(row->getRealValue());
+    return -1.0f;
+}
+
+const juce::String BasePlugInProcessor::getParameterText(int index)
+{
+    if (const auto* row = getParameterRow(index))
+        return row->textForRealValue(row->getRealValue());
+    return {};
+}
+
+float BasePlugInProcessor::getParameterDefaultValue(int index)
+{
+    const juce::ScopedLock lock(processLock);
+    if (const auto* row = getParameterRow(index))
+        return row->toHostValue(row->getDefaultValue());
+    return 0.0f;
+}
+
+void BasePlugInProcessor::setParameter(int index, float value)
+{
+    const juce::ScopedLock lock(processLock);
+    const auto* row = getParameterRow(index);
+    if (row == nullptr)
+        return;
+    engine->setParameter(row->getId(), row->toRealValue(value));
+    tellListeners(index);
+}
+
+void BasePlugInProcessor::resetParameter(int index)
+{
+    const juce::ScopedLock lock(processLock);
+    if (const auto* row = getParameterRow(index))
+        setParameter(index, row->toHostValue(row->getDefaultValue()));
+}
+
+int BasePlugInProcessor::getParameterIndex(int id) const
+{
+    for (int i = 0; i < parameters.size(); ++i)
+        if (parameters.getUnchecked(i)->getId() == id)
+            return i;
+    return -1;
+}
+
+const PlugInParameter* BasePlugInProcessor::getParameterInfo(int id) const
+{
+    return getParameterRow(getParameterIndex(id));
+}
+
+void BasePlugInProcessor::appendParameter(std::unique_ptr<PlugInParameter> row)
+{
+    const int index = parameters.size();
+    const auto name = row->getName();
+    parameters.add(row.release());
+    addParameter(new HostParameter(*this, index, name));
+}
+
+void BasePlugInProcessor::addListener(Listener* listener)
+{
+    if (listener != nullptr)
+        listeners.addIfNotAlreadyThere(listener);
+}
+
+void BasePlugInProcessor::removeListener(Listener* listener)
+{
+    listeners.removeFirstMatchingValue(listener);
+}
+
+void BasePlugInProcessor::tellListeners(int index)
+{
+    for (int i = listeners.size() - 1; i >= 0; --i)
+    {
+        // A listener may have removed itself or others; go on from what is left.
+        if (i >= listeners.size())
+            i = listeners.size() - 1;
+        if (i < 0)
+            break;
+        listeners.getUnchecked(i)->parameterChanged(index);
+    }
+}
+
+void BasePlugInProcessor::setParameterNotifyingHost(int index, float value)
+{
+    if (auto* parameter = getParameters()[index])
+        parameter->setValueNotifyingHost(value);
+}
+
+void BasePlugInProcessor::beginParameterChangeGesture(int index)
+{
+    if (auto* parameter = getParameters()[index])
+        parameter->beginChangeGesture();
+}
+
+void BasePlugInProcessor::endParameterChangeGesture(int index)
+{
+    if (auto* parameter = getParameters()[index])
+        parameter->endChangeGesture();
+}
+
+void BasePlugInProcessor::appendProgram(std::unique_ptr<PlugInProgram> program)
+{
+    programs.add(program.release());
+}
+
 int BasePlugInProcessor::getNumPrograms()
 {
-    return 1;
+    return programs.size();
 }
 
 int BasePlugInProcessor::getCurrentProgram()
 {
-    return 0;
+    return currentProgram;
 }
 
-void BasePlugInProcessor::setCurrentProgram(int /*index*/) {}
-
-const juce::String BasePlugInProcessor::getProgramName(int /*index*/)
+void BasePlugInProcessor::setCurrentProgram(int index)
 {
-    return "Default";
+    const juce::ScopedLock lock(processLock);
+    if (juce::Time::getMillisecondCounter() - lastStateLoadTime < programGuardMilliseconds)
+        return;
+    if (!juce::isPositiveAndBelow(index, programs.size()))
+        return;
+    currentProgram = index;
+    programs.getUnchecked(index)->apply(*engine);
+    tellListeners(-1);
 }
 
-void BasePlugInProcessor::changeProgramName(int /*index*/, const juce::String& /*newName*/) {}
+const juce::String BasePlugInProcessor::getProgramName(int index)
+{
+    if (const auto* program = programs[index])
+        return program->getName();
+    return {};
+}
+
+void BasePlugInProcessor::changeProgramName(int index, const juce::String& newName)
+{
+    if (auto* program = programs[index])
+        program->setName(newName);
+}
 
 void BasePlugInProcessor::getStateInformation(juce::MemoryBlock& destData)
 {
-    destData.reset();
+    getCurrentProgramStateInformation(destData);
 }
 
-void BasePlugInProcessor::setStateInformation(const void* /*data*/, int /*sizeInBytes*/) {}
+void BasePlugInProcessor::getCurrentProgramStateInformation(juce::MemoryBlock& destData)
+{
+    juce::MemoryOutputStream stream(destData, false);
+    writeState(stream);
+}
+
+void BasePlugInProcessor::setStateInformation(const void* data, int sizeInBytes)
+{
+    const juce::ScopedLock lock(processLock);
+    setCurrentProgramStateInformation(data, sizeInBytes);
+}
+
+void BasePlugInProcessor::setCurrentProgramStateInformation(const void* data, int sizeInBytes)
+{
+    const juce::ScopedLock lock(processLock);
+    juce::MemoryInputStream stream(data, static_cast<size_t>(juce::jmax(0, sizeInBytes)), false);
+    readState(stream);
+    lastStateLoadTime = juce::Time::getMillisecondCounter();
+}
+
+void BasePlugInProcessor::writeState(juce::OutputStream& stream) const
+{
+    stream.write(stateMagic1, sizeof(stateMagic1));
+    stream.write(stateMagic2, sizeof(stateMagic2));
+    stream.writeInt(static_cast<int>(stateVersion));
+    stream.writeInt(parameters.size());
+    for (const auto* row : parameters)
+    {
+        stream.writeInt(row->getId());
+        stream.writeFloat(row->getRealValue());
+    }
+}
+
+namespace
+{
+// A read that the data cannot fill delivers nothing: the target keeps what it held.
+template <typename Word>
+void readWord(juce::InputStream& stream, Word& target)
+{
+    static_assert(sizeof(Word) == 4);
+    char bytes[4];
+    if (stream.read(bytes, 4) == 4)
+        target = static_cast<Word>(juce::ByteOrder::littleEndianInt(bytes));
+}
+
+void readWord(juce::InputStream& stream, float& target)
+{
+    std::int32_t bits = 0;
+    std::memcpy(&bits, &target, 4);
+    readWord(stream, bits);
+    std::memcpy(&target, &bits, 4);
+}
+} // namespace
+
+bool BasePlugInProcessor::readState(juce::InputStream& stream)
+{
+    const juce::ScopedLock lock(processLock);
+    const auto length = stream.getTotalLength();
+    if (length < 16)
+        return false;
+
+    char magic1[4] = {};
+    char magic2[4] = {};
+    std::uint32_t version = 0;
+    stream.read(magic1, 4);
+    stream.read(magic2, 4);
+    readWord(stream, version);
+    if (std::memcmp(magic1, stateMagic1, 4) != 0 || std::memcmp(magic2, stateMagic2, 4) != 0)
+        return false;
+
+    std::int32_t count = 0;
+    readWord(stream, count);
+    // Whole length against count * 8 + 4, as chunks have always been checked; 64 bits so that a
+    // wild count cannot wrap into a small number.
+    if (count >= 1 && length >= static_cast<juce::int64>(count) * 8 + 4)
+    {
+        // No record before the first: one the data cannot hold is no parameter at all.
+        std::int32_t id = -1;
+        float value = 0.0f;
+        for (std::int32_t k = 0; k < count; ++k)
+        {
+            readWord(stream, id);
+            readWord(stream, value);
+            if (id < 0 || id >= parameters.size())
+                return false;
+            engine->setParameter(id, value);
+        }
+    }
+    tellListeners(-1);
+    return true;
+}
+
+JUCE_END_IGNORE_WARNINGS_GCC_LIKE

@@ -8,4 +8,10 @@ constexpr const char* vendorName = "Velmar Digital";
 constexpr const char* pluginCode = "VLTD";
 constexpr int versionCode = 0x00010101;
 constexpr const char* lv2Uri = "urn:velmar-digital:tindle";
+
+// The bundle's resources: <resourcePrefix>_<language>.loc and <resourcePrefix>_<language>/<helpStem>.html.
+constexpr const char* resourcePrefix = "Ostrand";
+constexpr const char* helpStem = "Tindle";
+/** The About box's rights line, also the key of its translations. */
+constexpr const char* copyrightNotice = "Copyright 2024 Velmar Digital\nAll rights reserved.";
 } // namespace tindle::identity
