@@ -5,6 +5,7 @@
 #include "shell/Identity.h"
 #include "support/HostedPlugin.h"
 #include "support/Render.h"
+#include "support/StateChunk.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -119,46 +120,18 @@ juce::MemoryBlock savedChunk(const HostedPlugin& h, juce::AudioPluginInstance& i
     return chunkFrom(h, saved);
 }
 
-void appendWord(juce::MemoryBlock& block, std::uint32_t word)
+juce::MemoryBlock blockOf(const tindle::test::Bytes& bytes)
 {
-    const std::uint8_t bytes[4] = {static_cast<std::uint8_t>(word), static_cast<std::uint8_t>(word >> 8),
-                                   static_cast<std::uint8_t>(word >> 16),
-                                   static_cast<std::uint8_t>(word >> 24)};
-    block.append(bytes, 4);
-}
-
-/** A chunk of this plug-in with the given real values in table order, built here from the layout:
-    magics, version 1.1.1, count 7, then id and value. */
-juce::MemoryBlock chunkOf(const std::vector<float>& values)
-{
-    juce::MemoryBlock block;
-    block.append("RMLVDTLV", 8);
-    appendWord(block, 0x00010101u);
-    appendWord(block, 7u);
-    for (std::size_t k = 0; k < 7; ++k)
-    {
-        std::uint32_t bits = 0;
-        std::memcpy(&bits, &values[k], 4);
-        appendWord(block, static_cast<std::uint32_t>(rows[k].id));
-        appendWord(block, bits);
-    }
-    return block;
+    return juce::MemoryBlock(bytes.data(), bytes.size());
 }
 
 /** The real values of the records of a chunk, in table order. */
 std::vector<float> recordValues(const juce::MemoryBlock& chunk)
 {
     std::vector<float> values;
+    const auto* bytes = static_cast<const std::uint8_t*>(chunk.getData());
     for (std::size_t k = 0; k < 7 && 16 + 8 * k + 8 <= chunk.getSize(); ++k)
-    {
-        const auto* bytes = static_cast<const std::uint8_t*>(chunk.getData()) + 16 + 8 * k + 4;
-        const std::uint32_t bits =
-            static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
-            static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
-        float value = 0.0f;
-        std::memcpy(&value, &bits, 4);
-        values.push_back(value);
-    }
+        values.push_back(tindle::test::floatOf(tindle::test::wordAt(bytes + 16 + 8 * k + 4)));
     return values;
 }
 
@@ -248,29 +221,6 @@ TEST_P(HostedParameters, ListsTheSevenParametersWithNamesDefaultsAndTexts)
     }
 }
 
-TEST_P(HostedParameters, AutomationReachesTheEngine)
-{
-    const auto h = findBundle(GetParam());
-    ASSERT_TRUE(h.found());
-    auto instance = instantiate(h);
-    ASSERT_NE(instance, nullptr);
-    ASSERT_TRUE(tindle::test::prepare(*instance, 2, hostRate, maxBlock));
-
-    setHostValues(*instance);
-    // The chunk holds what the engine holds, in real units; a switch set to 0.4 is off.
-    const auto values = recordValues(savedChunk(h, *instance));
-    ASSERT_EQ(values.size(), 7u);
-    for (std::size_t k = 0; k < 7; ++k)
-        // A host value passes through the format as a double or a float, then is mapped in float.
-        EXPECT_NEAR(values[k], changedRealValues[k], 1e-5f * (1.0f + std::abs(changedRealValues[k])))
-            << rows[k].name;
-    if (isVst3(h))
-    {
-        EXPECT_EQ(ownParameters(*instance).at("ClickLength")->getCurrentValueAsText(), "5.05 ms");
-        EXPECT_EQ(ownParameters(*instance).at("EnableTindle")->getCurrentValueAsText(), "Off ");
-    }
-}
-
 TEST_P(HostedParameters, SavesTheChunkAndRestoresItWithItsQuirks)
 {
     const auto h = findBundle(GetParam());
@@ -280,12 +230,21 @@ TEST_P(HostedParameters, SavesTheChunkAndRestoresItWithItsQuirks)
     ASSERT_TRUE(tindle::test::prepare(*first, 2, hostRate, maxBlock));
 
     const auto fresh = savedChunk(h, *first);
-    EXPECT_EQ(fresh, chunkOf({1.0f, 30.0f, 2.0f, 1.0f, 30.0f, 30.0f, 0.0f}));
+    EXPECT_EQ(fresh, blockOf(tindle::test::fullStateChunk({1.0f, 30.0f, 2.0f, 1.0f, 30.0f, 30.0f, 0.0f})));
     EXPECT_EQ(fresh.getSize(), static_cast<size_t>(chunkSize));
 
+    // Automation reaches the engine, and the chunk holds what the engine holds, in real units.
     setHostValues(*first);
     juce::MemoryBlock saved;
     first->getStateInformation(saved);
+    const auto original = recordValues(chunkFrom(h, saved));
+    ASSERT_EQ(original.size(), 7u);
+    for (std::size_t k = 0; k < 7; ++k)
+        // A host value passes through the format as a double or a float, then is mapped in float.
+        EXPECT_NEAR(original[k], changedRealValues[k], 1e-5f * (1.0f + std::abs(changedRealValues[k])))
+            << rows[k].name;
+    if (isVst3(h))
+        EXPECT_EQ(ownParameters(*first).at("ClickLength")->getCurrentValueAsText(), "5.05 ms");
 
     auto second = instantiate(h);
     ASSERT_NE(second, nullptr);
@@ -296,7 +255,6 @@ TEST_P(HostedParameters, SavesTheChunkAndRestoresItWithItsQuirks)
     // Six values arrive; the last record, ResidualMode, ends the load, so it stays off.
     const auto restored = recordValues(savedChunk(h, *second));
     ASSERT_EQ(restored.size(), 7u);
-    const auto original = recordValues(chunkFrom(h, saved));
     for (std::size_t k = 0; k < 6; ++k)
         EXPECT_EQ(restored[k], original[k]) << rows[k].name;
     EXPECT_EQ(original[6], 1.0f);
@@ -352,7 +310,8 @@ TEST(HostedLv2Program, SelectingThePresetPutsTheDefaultsBack)
     std::this_thread::sleep_for(std::chrono::milliseconds(400));
     instance->setCurrentProgram(0);
     runOneBlock(*instance);
-    EXPECT_EQ(savedChunk(h, *instance), chunkOf({1.0f, 30.0f, 2.0f, 1.0f, 30.0f, 30.0f, 0.0f}));
+    EXPECT_EQ(savedChunk(h, *instance),
+              blockOf(tindle::test::fullStateChunk({1.0f, 30.0f, 2.0f, 1.0f, 30.0f, 30.0f, 0.0f})));
 }
 
 TEST(HostedBundles, CarryTheirResources)
