@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 CMAKE_GENERATOR ?= Ninja
 ARTEFACTS = $(BUILD_DIR)/plugin/Tindle_artefacts/Release
 
-.PHONY: all deps configure build test demo install bench clean format check-format
+.PHONY: all deps configure build test demo example install bench clean format check-format
 
 all: build
 
@@ -24,11 +24,11 @@ test: build
 	cd $(BUILD_DIR) && ctest --output-on-failure --parallel $(JOBS)
 
 demo: build
-	@echo
-	@echo "Tindle is built:"
-	@echo "  VST3:       $(abspath $(ARTEFACTS))/VST3/Tindle.vst3"
-	@echo "  LV2:        $(abspath $(ARTEFACTS))/LV2/Tindle.lv2"
-	@echo "  Standalone: $(abspath $(ARTEFACTS))/Standalone/Tindle"
+	@./tools/demo.sh $(BUILD_DIR)
+
+# Makes the example recording again from its generator (the result is committed).
+example: build
+	$(BUILD_DIR)/tools/tindle-make-example examples/damaged-example.flac
 
 bench: build
 	@./tools/install-deps.sh bench

@@ -8,3 +8,6 @@ echo "== Vector layer at frame sizes, against the same loops compiled without ve
 echo
 echo "== Restoration quality against FFmpeg's adeclick, both at their defaults =="
 "$build/bench/quality_bench"
+echo
+echo "== Renderer speed against FFmpeg's adeclick =="
+python3 "$here/speed.py" "$build" 120

@@ -155,17 +155,21 @@ void Tindler::reset()
     carryEnd.assign(static_cast<std::size_t>(numChannels), 0);
 }
 
-bool Tindler::readStatistics(float& clicksPerSecond, float& cracklesPerSecond)
+bool Tindler::readStatistics(float& clicksPerSecond, float& cracklesPerSecond, StatisticsCounts* counts)
 {
     if (countedSamples.load(relaxed) < 1)
     {
         clicksPerSecond = 0.0f;
         cracklesPerSecond = 0.0f;
+        if (counts != nullptr)
+            *counts = {};
         return false;
     }
     const std::int32_t samples = countedSamples.exchange(0, relaxed);
     const std::int32_t clicks = clickCount.exchange(0, relaxed);
     const std::int32_t crackles = crackleCount.exchange(0, relaxed);
+    if (counts != nullptr)
+        *counts = {clicks, crackles, samples};
     const auto denominator = static_cast<double>(samples * numChannels);
     clicksPerSecond = static_cast<float>(static_cast<double>(clicks) * sampleRate / denominator);
     cracklesPerSecond = static_cast<float>(static_cast<double>(crackles) * sampleRate / denominator);

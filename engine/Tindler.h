@@ -47,9 +47,18 @@ public:
     void reset() override;
     Signal32 process(const Signal32& input) override;
 
-    /** Clicks and crackle points per second and channel since the last read, which clears them.
-        False, with zeros, when no frame has been counted since. */
-    bool readStatistics(float& clicksPerSecond, float& cracklesPerSecond);
+    /** The raw counts behind the rates. */
+    struct StatisticsCounts
+    {
+        std::int32_t clicks = 0;
+        std::int32_t crackles = 0;
+        std::int32_t samples = 0;
+    };
+
+    /** Clicks and crackle points per second and channel since the last read, which clears them;
+        counts, when given, receives what the rates were formed from. False, with zeros, when no
+        frame has been counted since. */
+    bool readStatistics(float& clicksPerSecond, float& cracklesPerSecond, StatisticsCounts* counts = nullptr);
 
     /** Restores one raw frame of frameLength samples, or gives what was removed from it in
         residual mode; fills lastRepairEnd per channel with how far the frame's last carried click

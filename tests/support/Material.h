@@ -66,8 +66,9 @@ inline velmar::audio::Signal32 musicLike(std::mt19937& rng, std::int32_t channel
     velmar::audio::Signal32 s(channels, length);
     for (std::int32_t c = 0; c < channels; ++c)
         for (std::int32_t i = 0; i < length; ++i)
-            s.channel(c)[i] = static_cast<float>(
-                out[static_cast<std::size_t>(c)][static_cast<std::size_t>(i)] * peak / maximum);
+            s.channel(c)[i] =
+                static_cast<float>(out[static_cast<std::size_t>(c)][static_cast<std::size_t>(i)] *
+                                   static_cast<double>(peak) / maximum);
     return s;
 }
 
