@@ -9,9 +9,6 @@
 
 using velmar::audio::Signal32;
 
-// JUCE 7 deprecates the index operations that this class overrides and the wrappers still use.
-JUCE_BEGIN_IGNORE_WARNINGS_GCC_LIKE("-Wdeprecated-declarations")
-
 BasePlugInProcessor::BasePlugInProcessor(velmar::audio::BaseAudioProcessor* engineToOwn,
                                          const juce::String& resourcePrefix)
     : juce::AudioProcessor(BusesProperties()
@@ -380,5 +377,3 @@ bool BasePlugInProcessor::readState(juce::InputStream& stream)
     tellListeners(-1);
     return true;
 }
-
-JUCE_END_IGNORE_WARNINGS_GCC_LIKE

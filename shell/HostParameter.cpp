@@ -3,10 +3,6 @@
 #include "shell/BasePlugInProcessor.h"
 #include "shell/PlugInParameter.h"
 
-// The wrappers call the legacy index operations only through these objects; the processor's
-// overrides of them are the parameter table.
-JUCE_BEGIN_IGNORE_WARNINGS_GCC_LIKE("-Wdeprecated-declarations")
-
 HostParameter::HostParameter(BasePlugInProcessor& ownerToAsk, int index, const juce::String& rowName)
     : juce::AudioProcessorParameterWithID(juce::ParameterID(rowName, 1), rowName)
     , owner(ownerToAsk)
@@ -62,5 +58,3 @@ juce::String HostParameter::getCurrentValueAsText() const
 {
     return owner.getParameterText(hostIndex);
 }
-
-JUCE_END_IGNORE_WARNINGS_GCC_LIKE
