@@ -7,6 +7,7 @@ constexpr const char* pluginName = "Velmar Digital Tindle";
 constexpr const char* vendorName = "Velmar Digital";
 constexpr const char* pluginCode = "VLTD";
 constexpr int versionCode = 0x00010101;
+constexpr const char* versionString = "1.1.1";
 constexpr const char* lv2Uri = "urn:velmar-digital:tindle";
 
 // The bundle's resources: <resourcePrefix>_<language>.loc and <resourcePrefix>_<language>/<helpStem>.html.

@@ -36,11 +36,6 @@ TindleAudioProcessor::TindleAudioProcessor(velmar::audio::BaseAudioProcessor* en
 
 TindleAudioProcessor::~TindleAudioProcessor() = default;
 
-juce::AudioProcessorEditor* TindleAudioProcessor::createEditor()
-{
-    return new juce::GenericAudioProcessorEditor(*this);
-}
-
 bool TindleAudioProcessor::hasEditor() const
 {
     return true;

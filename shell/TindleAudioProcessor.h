@@ -9,6 +9,7 @@ public:
     explicit TindleAudioProcessor(velmar::audio::BaseAudioProcessor* engineToOwn);
     ~TindleAudioProcessor() override;
 
+    /** The plug-in's window; defined with the editor's classes, in the editor library. */
     juce::AudioProcessorEditor* createEditor() override;
     bool hasEditor() const override;
 };

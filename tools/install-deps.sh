@@ -12,7 +12,7 @@ libxcursor-dev libxext-dev libgl-dev lv2-dev
 libflac-dev libvorbis-dev libogg-dev libpng-dev libjpeg-dev zlib1g-dev
 libfftw3-dev
 libgtest-dev libgmock-dev libbenchmark-dev
-xvfb xauth clang-format git python3
+xvfb xauth fonts-dejavu-core clang-format git python3
 locales
 "
 [ "${1:-}" = "bench" ] && packages="$packages ffmpeg"

@@ -1,0 +1,48 @@
+#include "editor/ParameterSlider.h"
+
+ParameterSlider::ParameterSlider(const juce::String& name)
+    : juce::Slider(name)
+{
+}
+
+void ParameterSlider::bindToParameter(BasePlugInProcessor* owner,
+                                      velmar::audio::BaseAudioProcessor* engineToRead, int id)
+{
+    processor = owner;
+    engine = engineToRead;
+    parameterId = id;
+    hostIndex = processor->getParameterIndex(parameterId);
+    const PlugInParameter* row = processor->getParameterInfo(parameterId);
+    if (row == nullptr)
+        return;
+    float minimum = 0.0f;
+    float maximum = 0.0f;
+    engine->parameterRange(parameterId, minimum, maximum);
+    setRange(minimum, maximum, row->getStep());
+    setValue(engine->parameter(parameterId), juce::dontSendNotification);
+    setDoubleClickReturnValue(true, row->getDefaultValue());
+}
+
+void ParameterSlider::startedDragging()
+{
+    if (processor != nullptr)
+        processor->beginParameterChangeGesture(hostIndex);
+}
+
+void ParameterSlider::stoppedDragging()
+{
+    if (processor != nullptr)
+        processor->endParameterChangeGesture(hostIndex);
+}
+
+void ParameterSlider::valueChanged()
+{
+    if (engine == nullptr || processor == nullptr)
+        return;
+    float minimum = 0.0f;
+    float maximum = 0.0f;
+    engine->parameterRange(parameterId, minimum, maximum);
+    const auto normalised = static_cast<float>((getValue() - static_cast<double>(minimum)) /
+                                               static_cast<double>(maximum - minimum));
+    processor->setParameterNotifyingHost(hostIndex, normalised);
+}
