@@ -24,6 +24,10 @@ public:
     virtual void reset() = 0;
     virtual Signal32 process(const Signal32& input) = 0;
 
+    /** Prepares the memory that processing in blocks of up to maxBlockSize will need, after setUp
+        and reset; leaves the stream as reset left it. The default has nothing to prepare. */
+    virtual void warmUp(std::int32_t maxBlockSize) { (void)maxBlockSize; }
+
     std::int32_t getNumChannels() const noexcept { return numChannels; }
     double getSampleRate() const noexcept { return sampleRate; }
 

@@ -9,13 +9,12 @@
 namespace velmar::audio
 {
 
-void Tindler::detect(const Signal32& frame, const Signal32& coefficients, std::vector<ClickRegion>& clicks,
-                     std::vector<CracklePoint>& crackles, std::vector<float>& channelLevels,
-                     std::vector<std::int32_t>& lastRepairEnd)
+void Tindler::detect(const Signal32& frame, const Signal32& coefficients, ClickList& clicks,
+                     CrackleList& crackles, ChannelLevels& channelLevels, ChannelPositions& lastRepairEnd)
 {
-    constexpr auto relaxed = std::memory_order_relaxed;
-    const bool clicksOn = enableTindle.load(relaxed);
-    const bool crackleOn = enableDecrackle.load(relaxed);
+    const FrameSettings settings = frameSettings();
+    const bool clicksOn = settings.enableTindle;
+    const bool crackleOn = settings.enableDecrackle;
 
     // The prediction-error filter, run forward and then backward in time. The backward run starts
     // from the forward run's delay line, which disturbs only the frame's last, unscanned samples.
@@ -27,26 +26,26 @@ void Tindler::detect(const Signal32& frame, const Signal32& coefficients, std::v
     const Signal32 detector = sqrt(forwardMagnitude * backwardMagnitude);
 
     lastRepairEnd.assign(static_cast<std::size_t>(numChannels), 0);
-    channelLevels = rms(detector);
+    const ChannelLevels levels = rms(detector);
+    channelLevels.assign(levels.begin(), levels.end());
     if (!clicksOn && !crackleOn)
         return;
 
     FftBlockFilter smoother(smoothingKernel, -1);
-    const Signal32 rawEnvelope =
-        detectDropouts.load(relaxed) ? forwardMagnitude + backwardMagnitude : detector;
+    const Signal32 rawEnvelope = settings.detectDropouts ? forwardMagnitude + backwardMagnitude : detector;
     const Signal32 envelope = smoother.process(rawEnvelope);
     // The unsmoothed level against a half-gain envelope: the threshold is in effect about 6 dB
     // above its number, and that pairing is part of the detector's calibration.
-    const std::vector<float> envelopeLevels = rms(rawEnvelope);
+    const ChannelLevels envelopeLevels = rms(rawEnvelope);
     const std::int32_t halfKernel = smoothingKernel.length() / 2; // the smoother's delay
 
     const auto clickSamples = std::max<std::int32_t>(
-        1, static_cast<std::int32_t>(static_cast<double>(clickLength.load(relaxed)) * sampleRate / 1000.0));
+        1, static_cast<std::int32_t>(static_cast<double>(settings.clickLength) * sampleRate / 1000.0));
     const auto guard = static_cast<std::int32_t>(static_cast<float>(clickSamples) * guardFraction);
     const std::int32_t halfClick = clickSamples / 2;
     const std::int32_t holdOffSamples = 2 * guard;
-    const float clickGain = decibelsToGain(clickSensitivity.load(relaxed) * -0.2f + 8.0f);
-    const float crackleThreshold = decibelsToGain(crackleSensitivity.load(relaxed) * -0.4f - 18.0f);
+    const float clickGain = decibelsToGain(settings.clickSensitivity * -0.2f + 8.0f);
+    const float crackleThreshold = decibelsToGain(settings.crackleSensitivity * -0.4f - 18.0f);
     const std::int32_t outputEnd = frameLength - overlap;
 
     for (std::int32_t c = 0; c < numChannels; ++c)

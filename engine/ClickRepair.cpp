@@ -6,8 +6,7 @@
 namespace velmar::audio
 {
 
-Signal32 Tindler::repairClicks(const Signal32& frame, const Signal32& coefficients,
-                               const std::vector<ClickRegion>& clicks)
+Signal32 Tindler::repairClicks(const Signal32& frame, const Signal32& coefficients, const ClickList& clicks)
 {
     Signal32 result = frame.clone();
     // History comes from the unrepaired frame, so a region close behind another predicts from its
@@ -17,6 +16,37 @@ Signal32 Tindler::repairClicks(const Signal32& frame, const Signal32& coefficien
     return result;
 }
 
+namespace
+{
+// -(sum over k from 1 to count - 1 of a[k] h[-k]): the prediction from the samples just before h.
+// Four interleaved partial sums keep the adds from waiting on each other; the order differs from
+// one running sum only in rounding far below a float sample's precision.
+double predictBackwards(const float* a, const double* h, std::int32_t count)
+{
+    double s[4] = {};
+    std::int32_t k = 1;
+    for (; k + 4 <= count; k += 4)
+        for (std::int32_t q = 0; q < 4; ++q)
+            s[q] -= static_cast<double>(a[k + q]) * h[-(k + q)];
+    for (; k < count; ++k)
+        s[0] -= static_cast<double>(a[k]) * h[-k];
+    return (s[0] + s[1]) + (s[2] + s[3]);
+}
+
+// The same with the samples just after h.
+double predictForwards(const float* a, const double* h, std::int32_t count)
+{
+    double s[4] = {};
+    std::int32_t k = 1;
+    for (; k + 4 <= count; k += 4)
+        for (std::int32_t q = 0; q < 4; ++q)
+            s[q] -= static_cast<double>(a[k + q]) * h[k + q];
+    for (; k < count; ++k)
+        s[0] -= static_cast<double>(a[k]) * h[k];
+    return (s[0] + s[1]) + (s[2] + s[3]);
+}
+} // namespace
+
 void Tindler::repairRegion(const Signal32& source, const Signal32& target, const Signal32& coefficients,
                            std::int32_t channel, std::int32_t start, std::int32_t end, float baselineFactor)
 {
@@ -24,38 +54,38 @@ void Tindler::repairRegion(const Signal32& source, const Signal32& target, const
     float* y = target.channel(channel);
     const float* a = coefficients.channel(channel);
     const std::int32_t m = coefficients.length();
-    const auto ringSlot = [m](std::int32_t p) { return static_cast<std::size_t>(p % m); };
-    // Position p lives in slot p mod M; positions are never negative here, since every region
-    // lies at least one predictor length inside the frame.
-    std::vector<double> ring(static_cast<std::size_t>(m), 0.0);
+    const std::int32_t gap = end - start;
+    // One line of history and predictions: the predictor reads the m - 1 samples on one side of
+    // the sample it predicts, and each prediction joins the history of the next. Every region lies
+    // at least one predictor length inside the frame, so the history exists on both sides.
+    PoolVector<double> line(static_cast<std::size_t>(gap + m - 1), 0.0);
 
     // Forward: the predictor continues the signal into the gap from the left, on its own output.
     const double leftBaseline = static_cast<double>(baselineFactor) * static_cast<double>(x[start]);
-    for (std::int32_t p = start - m; p < start; ++p)
-        ring[ringSlot(p)] = static_cast<double>(x[p]) - leftBaseline;
-    for (std::int32_t p = start; p < end; ++p)
+    double* forward = line.data() + (m - 1); // forward[i] stands for position start + i
+    for (std::int32_t i = -(m - 1); i < 0; ++i)
+        forward[i] = static_cast<double>(x[start + i]) - leftBaseline;
+    for (std::int32_t i = 0; i < gap; ++i)
     {
-        double acc = 0.0;
-        for (std::int32_t k = 1; k < m; ++k)
-            acc -= static_cast<double>(a[k]) * ring[ringSlot(p - k)];
-        ring[ringSlot(p)] = acc;
-        y[p] = static_cast<float>(acc + leftBaseline);
+        const double acc = predictBackwards(a, forward + i, m);
+        forward[i] = acc;
+        y[start + i] = static_cast<float>(acc + leftBaseline);
     }
 
     // Backward: the same predictor runs backward in time from the right, the autocorrelation
     // being symmetric, and a raised cosine fades from the forward to the backward prediction.
     const double rightBaseline = static_cast<double>(baselineFactor) * static_cast<double>(x[end - 1]);
-    for (std::int32_t p = end + m - 1; p >= end; --p)
-        ring[ringSlot(p)] = static_cast<double>(x[p]) - rightBaseline;
-    const float step = 3.1415927f / static_cast<float>(end - start);
-    for (std::int32_t p = end - 1; p >= start; --p)
+    double* backward = line.data(); // backward[i] stands for position start + i
+    for (std::int32_t i = gap; i < gap + m - 1; ++i)
+        backward[i] = static_cast<double>(x[start + i]) - rightBaseline;
+    const float step = 3.1415927f / static_cast<float>(gap);
+    for (std::int32_t i = gap - 1; i >= 0; --i)
     {
-        const float w = 0.5f - 0.5f * std::cos(static_cast<float>(p - start) * step);
-        double acc = 0.0;
-        for (std::int32_t k = 1; k < m; ++k)
-            acc -= static_cast<double>(a[k]) * ring[ringSlot(p + k)];
-        ring[ringSlot(p)] = acc;
-        y[p] = static_cast<float>(static_cast<double>(w) * (acc + rightBaseline)) + (1.0f - w) * y[p];
+        const float w = 0.5f - 0.5f * std::cos(static_cast<float>(i) * step);
+        const double acc = predictForwards(a, backward + i, m);
+        backward[i] = acc;
+        y[start + i] =
+            static_cast<float>(static_cast<double>(w) * (acc + rightBaseline)) + (1.0f - w) * y[start + i];
     }
 }
 

@@ -8,8 +8,8 @@
 namespace velmar::audio
 {
 
-Signal32 Tindler::reduceCrackle(const Signal32& frame, const std::vector<CracklePoint>& crackles,
-                                const std::vector<float>& channelLevels)
+Signal32 Tindler::reduceCrackle(const Signal32& frame, const CrackleList& crackles,
+                                const ChannelLevels& channelLevels)
 {
     const std::int32_t n = frameLength;
     const std::int32_t bins = n / 2 + 1;
@@ -20,7 +20,7 @@ Signal32 Tindler::reduceCrackle(const Signal32& frame, const std::vector<Crackle
     // The floor keeps the quotient below away from zero.
     const Signal32 magnitudes = lowerBound(magnitude(spectrum), decibelsToGain(-192.0f));
     Signal32 subtraction(numChannels, bins);
-    const float reduction = crackleReduction.load(std::memory_order_relaxed);
+    const float reduction = frameSettings().crackleReduction;
     for (std::int32_t c = 0; c < numChannels; ++c)
         ippsSet_32f(reduction * channelLevels[static_cast<std::size_t>(c)], subtraction.channel(c), bins);
     const Signal32 difference = magnitudes - subtraction;

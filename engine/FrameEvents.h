@@ -1,5 +1,7 @@
 #pragma once
 
+#include "toolkit/MemoryPool.h"
+
 #include <cstdint>
 
 namespace velmar::audio
@@ -22,5 +24,11 @@ struct CracklePoint
     std::int32_t channel;
     std::int32_t position;
 };
+
+/** A frame's events and per-channel figures, in memory from the thread's pool. */
+using ClickList = PoolVector<ClickRegion>;
+using CrackleList = PoolVector<CracklePoint>;
+using ChannelLevels = PoolVector<float>;
+using ChannelPositions = PoolVector<std::int32_t>;
 
 } // namespace velmar::audio

@@ -19,7 +19,7 @@ void Tindler::runFrame()
 {
     const std::int32_t hop = getHop();
     const Signal32 frame = inputQueue.peek(frameLength);
-    std::vector<std::int32_t> lastRepairEnd(static_cast<std::size_t>(numChannels), 0);
+    ChannelPositions& lastRepairEnd = frameRepairEnd;
     const Signal32 result = restoreFrame(frame, lastRepairEnd);
 
     // A repair that the previous frame ran past the seam is kept: this frame's detector starts at

@@ -1,47 +1,45 @@
 #include "engine/LinearPrediction.h"
 
+#include "engine/Autocorrelation.h"
+
 #include <vector>
 
 namespace velmar::audio
 {
 
-bool levinson(const float* samples, std::int32_t length, double* coefficients, std::int32_t order)
+namespace
 {
-    const std::int32_t p = order;
-    // Lags up to p + 1 are formed, though the recursion reads only up to p.
-    std::vector<double> r(static_cast<std::size_t>(p + 2), 0.0);
-    for (std::int32_t k = 0; k <= p + 1 && k < length; ++k)
-    {
-        double sum = 0.0;
-        for (std::int32_t n = 0; n < length - k; ++n)
-            sum += static_cast<double>(samples[n]) * static_cast<double>(samples[n + k]);
-        r[static_cast<std::size_t>(k)] = sum;
-    }
+// sum over j < count of u[j] v[j], in eight interleaved partial sums: one running sum would make
+// every add wait for the one before, and this product is most of the recursion's time. The order
+// differs from one sum's only in rounding far below the float coefficients' precision.
+inline __attribute__((always_inline)) double dot(const double* u, const double* v, std::int32_t count)
+{
+    double s[8] = {};
+    std::int32_t j = 0;
+    for (; j + 8 <= count; j += 8)
+        for (std::int32_t q = 0; q < 8; ++q)
+            s[q] += u[j + q] * v[j + q];
+    for (; j < count; ++j)
+        s[0] += u[j] * v[j];
+    return ((s[0] + s[1]) + (s[2] + s[3])) + ((s[4] + s[5]) + (s[6] + s[7]));
+}
 
-    double* a = coefficients;
-    a[0] = 1.0;
-    if (p < 1)
-        return true;
-    a[1] = r[0] == 0.0 ? 0.0 : -r[1] / r[0];
-    for (std::int32_t i = 2; i <= p; ++i)
-        a[i] = 0.0;
-
-    double err = r[0] + a[1] * r[1];
+// The recursion proper, on lags stored reversed (reversed[t] = r[p + 1 - t]), so that its dot
+// product reads both arrays forwards.
+inline __attribute__((always_inline)) bool recursion(const double* reversed, double* a, double* updated,
+                                                     std::int32_t p, double err)
+{
     for (std::int32_t m = 1; m <= p - 1; ++m)
     {
-        double acc = 0.0;
-        for (std::int32_t j = 0; j <= m; ++j)
-            acc += r[static_cast<std::size_t>(m + 1 - j)] * a[j];
+        // sum over j <= m of r[m + 1 - j] a[j]
+        const double acc = dot(reversed + (p - m), a, m + 1);
         const double k = err == 0.0 ? 0.0 : -acc / err;
-        for (std::int32_t i = 1; i <= (m + 1) / 2; ++i)
-        {
-            const double low = a[i];
-            const double high = a[m + 1 - i];
-            a[m + 1 - i] = high + k * low;
-            // At the middle of an even m + 1 both are one element, updated once.
-            if (i != m + 1 - i)
-                a[i] = low + k * high;
-        }
+        // Every a[i] from the old values of a[i] and a[m + 1 - i]; the middle of an even m + 1 is
+        // one element, updated once. Formed aside and copied back, which vectorises.
+        for (std::int32_t i = 1; i <= m; ++i)
+            updated[i] = a[i] + k * a[m + 1 - i];
+        for (std::int32_t i = 1; i <= m; ++i)
+            a[i] = updated[i];
         a[m + 1] = k;
         err = err + k * acc;
         // Strict: an error of exactly 0 goes on; NaN compares false and goes on as well.
@@ -51,10 +49,50 @@ bool levinson(const float* samples, std::int32_t length, double* coefficients, s
     return true;
 }
 
+// The same code for wider vectors where the processor has them; no fused multiply-add, so every
+// processor takes the same steps.
+__attribute__((target("avx2"))) bool recursionAvx2(const double* reversed, double* a, double* updated,
+                                                   std::int32_t p, double err)
+{
+    return recursion(reversed, a, updated, p, err);
+}
+
+bool recursionBaseline(const double* reversed, double* a, double* updated, std::int32_t p, double err)
+{
+    return recursion(reversed, a, updated, p, err);
+}
+
+const bool hasAvx2 = __builtin_cpu_supports("avx2");
+} // namespace
+
+bool levinson(const float* samples, std::int32_t length, double* coefficients, std::int32_t order)
+{
+    const std::int32_t p = order;
+    // Lags up to p + 1 are formed, though the recursion reads only up to p. Products of two floats
+    // are exact in double, so widening the samples once changes nothing.
+    PoolVector<double> r(static_cast<std::size_t>(p + 2), 0.0);
+    PoolVector<double> x(samples, samples + length);
+    autocorrelate(x.data(), length, r.data(), p + 2);
+
+    double* a = coefficients;
+    a[0] = 1.0;
+    if (p < 1)
+        return true;
+    a[1] = r[0] == 0.0 ? 0.0 : -r[1] / r[0];
+    for (std::int32_t i = 2; i <= p; ++i)
+        a[i] = 0.0;
+
+    const double err = r[0] + a[1] * r[1];
+    PoolVector<double> reversed(r.rbegin(), r.rend());
+    PoolVector<double> updated(static_cast<std::size_t>(p + 1), 0.0);
+    return hasAvx2 ? recursionAvx2(reversed.data(), a, updated.data(), p, err)
+                   : recursionBaseline(reversed.data(), a, updated.data(), p, err);
+}
+
 Signal32 linearPrediction(const Signal32& signal, std::int32_t coefficientCount)
 {
     Signal32 result(signal.channelCount(), coefficientCount);
-    std::vector<double> work(static_cast<std::size_t>(coefficientCount), 0.0);
+    PoolVector<double> work(static_cast<std::size_t>(coefficientCount), 0.0);
     for (std::int32_t c = 0; c < signal.channelCount(); ++c)
     {
         float* out = result.channel(c);

@@ -6,7 +6,7 @@
 namespace velmar::audio
 {
 
-Signal32 Tindler::restoreFrame(const Signal32& frame, std::vector<std::int32_t>& lastRepairEnd)
+Signal32 Tindler::restoreFrame(const Signal32& frame, ChannelPositions& lastRepairEnd)
 {
     if (analysisWindow.length() != frame.length())
     {
@@ -20,9 +20,12 @@ Signal32 Tindler::restoreFrame(const Signal32& frame, std::vector<std::int32_t>&
     const Signal32 analysis = frame * analysisWindow;
     const Signal32 detectionCoefficients = linearPrediction(analysis, detectionOrder);
 
-    std::vector<ClickRegion> clicks;
-    std::vector<CracklePoint> crackles;
-    std::vector<float> channelLevels;
+    // The engine's own lists, emptied: their memory was reserved at set-up.
+    ClickList& clicks = frameClicks;
+    CrackleList& crackles = frameCrackles;
+    ChannelLevels& channelLevels = frameLevels;
+    clicks.clear();
+    crackles.clear();
     detect(frame, detectionCoefficients, clicks, crackles, channelLevels, lastRepairEnd);
 
     // The long predictor is fitted to the frame with the clicks already patched by the short one,
@@ -38,7 +41,7 @@ Signal32 Tindler::restoreFrame(const Signal32& frame, std::vector<std::int32_t>&
 
     Signal32 result = reduceCrackle(repaired, crackles, channelLevels);
     // Input less restored, formed before the seams so that the residual's seams match.
-    if (residualMode.load(std::memory_order_relaxed))
+    if (frameSettings().residualMode)
         result = frame - result;
 
     crackleCount.fetch_add(static_cast<std::int32_t>(crackles.size()), std::memory_order_relaxed);

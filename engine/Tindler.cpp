@@ -75,7 +75,22 @@ bool Tindler::setUp(std::int32_t channelCount, double rate)
         frameLength *= 2;
 
     carryEnd.assign(static_cast<std::size_t>(numChannels), 0);
+    frameRepairEnd.assign(static_cast<std::size_t>(numChannels), 0);
+    frameLevels.assign(static_cast<std::size_t>(numChannels), 0.0f);
+    // A frame finds at most one event per scanned sample and channel.
+    const auto scanned = static_cast<std::size_t>(std::max(0, frameLength - scanMargin - overlap));
+    frameClicks.reserve(scanned * static_cast<std::size_t>(numChannels));
+    frameCrackles.reserve(scanned * static_cast<std::size_t>(numChannels));
     return true;
+}
+
+Tindler::FrameSettings Tindler::frameSettings() const
+{
+    if (forcedSettings != nullptr)
+        return *forcedSettings;
+    return {enableTindle.load(relaxed),     clickSensitivity.load(relaxed), clickLength.load(relaxed),
+            detectDropouts.load(relaxed),   enableDecrackle.load(relaxed),  crackleSensitivity.load(relaxed),
+            crackleReduction.load(relaxed), residualMode.load(relaxed)};
 }
 
 void Tindler::parameterRange(std::int32_t index, float& minimum, float& maximum) const

@@ -39,6 +39,12 @@ public:
 
     Tindler() = default;
 
+    /** Runs generated, damaged audio through the frame loop in blocks of every power of two up to
+        maxBlockSize, with detection, repair, crackle and residual all exercised, and then resets:
+        afterwards the memory pool holds every block that processing needs, so that the audio path
+        takes nothing from the system. Settings and statistics are as they were. */
+    void warmUp(std::int32_t maxBlockSize) override;
+
     bool setUp(std::int32_t channelCount, double rate) override;
     std::int32_t latency() const override { return frameLength + overlap; }
     void parameterRange(std::int32_t index, float& minimum, float& maximum) const override;
@@ -63,18 +69,17 @@ public:
     /** Restores one raw frame of frameLength samples, or gives what was removed from it in
         residual mode; fills lastRepairEnd per channel with how far the frame's last carried click
         repair reached (0 for none), and adds the frame's counts to the statistics. */
-    Signal32 restoreFrame(const Signal32& frame, std::vector<std::int32_t>& lastRepairEnd);
+    Signal32 restoreFrame(const Signal32& frame, ChannelPositions& lastRepairEnd);
 
     /** Finds the frame's clicks and crackle points from its forward and backward prediction
         errors under the given predictor, and the level of its detection signal per channel. */
-    void detect(const Signal32& frame, const Signal32& coefficients, std::vector<ClickRegion>& clicks,
-                std::vector<CracklePoint>& crackles, std::vector<float>& channelLevels,
-                std::vector<std::int32_t>& lastRepairEnd);
+    void detect(const Signal32& frame, const Signal32& coefficients, ClickList& clicks, CrackleList& crackles,
+                ChannelLevels& channelLevels, ChannelPositions& lastRepairEnd);
 
     /** A copy of frame with every click region filled in by prediction from both sides; history is
         always read from frame itself. */
     static Signal32 repairClicks(const Signal32& frame, const Signal32& coefficients,
-                                 const std::vector<ClickRegion>& clicks);
+                                 const ClickList& clicks);
 
     /** Fills start .. end - 1 of one channel of target by two-sided extrapolation from source. */
     static void repairRegion(const Signal32& source, const Signal32& target, const Signal32& coefficients,
@@ -82,8 +87,8 @@ public:
                              float baselineFactor);
 
     /** frame with a spectrally denoised copy of itself spliced in around each crackle point. */
-    Signal32 reduceCrackle(const Signal32& frame, const std::vector<CracklePoint>& crackles,
-                           const std::vector<float>& channelLevels);
+    Signal32 reduceCrackle(const Signal32& frame, const CrackleList& crackles,
+                           const ChannelLevels& channelLevels);
 
     std::int32_t getFrameLength() const noexcept { return frameLength; }
     std::int32_t getOverlap() const noexcept { return overlap; }
@@ -92,6 +97,21 @@ public:
     const Signal32& getSmoothingKernel() const noexcept { return smoothingKernel; }
 
 private:
+    /** The settings as one frame sees them. */
+    struct FrameSettings
+    {
+        bool enableTindle;
+        float clickSensitivity;
+        float clickLength;
+        bool detectDropouts;
+        bool enableDecrackle;
+        float crackleSensitivity;
+        float crackleReduction;
+        bool residualMode;
+    };
+
+    /** The settings now, or those that a warm-up forces. */
+    FrameSettings frameSettings() const;
     void runFrame();
 
     RealFft fft;
@@ -111,7 +131,14 @@ private:
     std::atomic<std::int32_t> crackleCount{0};
     std::atomic<std::int32_t> clickCount{0};
     std::atomic<std::int32_t> countedSamples{0};
-    std::vector<std::int32_t> carryEnd;
+    PoolVector<std::int32_t> carryEnd;
+
+    // Per-frame working lists, sized at set-up so that a frame allocates none.
+    ClickList frameClicks;
+    CrackleList frameCrackles;
+    ChannelLevels frameLevels;
+    ChannelPositions frameRepairEnd;
+    const FrameSettings* forcedSettings = nullptr;
 
     std::atomic<bool> enableTindle{true};
     std::atomic<float> clickSensitivity{30.0f};

@@ -22,7 +22,8 @@ BasePlugInProcessor::BasePlugInProcessor(velmar::audio::BaseAudioProcessor* engi
 
 BasePlugInProcessor::~BasePlugInProcessor()
 {
-    // The engine goes first of all the members.
+    // The engine goes first of all the members; the memory pool, which it and the queue drew from,
+    // goes last.
     engine.reset();
 }
 
@@ -31,13 +32,20 @@ const juce::String BasePlugInProcessor::getName() const
     return tindle::identity::pluginName;
 }
 
-void BasePlugInProcessor::prepareToPlay(double sampleRate, int /*estimatedSamplesPerBlock*/)
+void BasePlugInProcessor::prepareToPlay(double sampleRate, int estimatedSamplesPerBlock)
 {
+    const velmar::audio::ScopedMemoryPool usePool(memoryPool);
     // The engine never sees a fractional rate.
     const auto rate = static_cast<double>(static_cast<std::int32_t>(sampleRate));
     engine->setUp(getTotalNumInputChannels(), rate);
     engine->reset();
     setLatencySamples(engine->latency());
+    // The memory of the audio path is made here, so that processBlock takes none from the system
+    // for blocks up to this size (a larger one takes its share once).
+    const int maxBlock = std::max(1, estimatedSamplesPerBlock);
+    engine->warmUp(maxBlock);
+    deliveryQueue.reserve(getTotalNumOutputChannels(),
+                          static_cast<std::int64_t>(getLatencySamples()) + 2 * maxBlock);
     primeDeliveryQueue();
 }
 
@@ -56,6 +64,7 @@ void BasePlugInProcessor::releaseResources() {}
 void BasePlugInProcessor::processBlock(juce::AudioBuffer<float>& buffer, juce::MidiBuffer& /*midiMessages*/)
 {
     const juce::ScopedLock lock(processLock);
+    const velmar::audio::ScopedMemoryPool usePool(memoryPool);
     const int n = buffer.getNumSamples();
     const int inputs = getTotalNumInputChannels();
     const int outputs = getTotalNumOutputChannels();

@@ -3,6 +3,7 @@
 #include "engine/BaseAudioProcessor.h"
 #include "shell/PlugInParameter.h"
 #include "shell/PlugInProgram.h"
+#include "toolkit/MemoryPool.h"
 #include "toolkit/SignalQueue.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
@@ -116,6 +117,10 @@ public:
     void setCurrentProgramStateInformation(const void* data, int sizeInBytes) override;
 
 protected:
+    /** Where the audio path's memory comes from; declared first, so that it outlives every member
+        that holds memory from it. */
+    velmar::audio::MemoryPool memoryPool;
+
     /** Appends a row at the next host index, with its host-visible parameter object. */
     void appendParameter(std::unique_ptr<PlugInParameter> row);
     void appendProgram(std::unique_ptr<PlugInProgram> program);

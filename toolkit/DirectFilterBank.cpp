@@ -15,7 +15,7 @@ void DirectFilterBank::release()
     states.clear();
 }
 
-void DirectFilterBank::setResponses(const std::vector<Signal32>& taps)
+void DirectFilterBank::setResponses(const PoolVector<Signal32>& taps)
 {
     release();
     responses = static_cast<std::int32_t>(taps.size());
@@ -30,9 +30,9 @@ void DirectFilterBank::setResponses(const std::vector<Signal32>& taps)
         }
 }
 
-std::vector<Signal32> DirectFilterBank::process(const Signal32& input)
+PoolVector<Signal32> DirectFilterBank::process(const Signal32& input)
 {
-    std::vector<Signal32> outputs;
+    PoolVector<Signal32> outputs;
     outputs.reserve(static_cast<std::size_t>(responses));
     for (std::int32_t r = 0; r < responses; ++r)
     {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolkit/Ipp.h"
+#include "toolkit/MemoryPool.h"
 #include "toolkit/Signal.h"
 
 #include <cstdint>
@@ -21,15 +22,15 @@ public:
     DirectFilterBank& operator=(const DirectFilterBank&) = delete;
 
     /** Replaces every filter, with empty delay lines, by the taps of the given responses. */
-    void setResponses(const std::vector<Signal32>& taps);
+    void setResponses(const PoolVector<Signal32>& taps);
 
     /** One output per response, each of the input's shape. */
-    std::vector<Signal32> process(const Signal32& input);
+    PoolVector<Signal32> process(const Signal32& input);
 
 private:
     void release();
 
-    std::vector<IppsFIRState_32f*> states;
+    PoolVector<IppsFIRState_32f*> states;
     std::int32_t channels = 0;
     std::int32_t responses = 0;
 };

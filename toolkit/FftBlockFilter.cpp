@@ -17,16 +17,16 @@ FftBlockFilter::FftBlockFilter(const Signal32& response, std::int32_t fixedBlock
     setImpulseResponses({response}, fixedBlockSize);
 }
 
-FftBlockFilter::FftBlockFilter(const std::vector<Signal32>& responseList, std::int32_t fixedBlockSize)
+FftBlockFilter::FftBlockFilter(const PoolVector<Signal32>& responseList, std::int32_t fixedBlockSize)
 {
     setImpulseResponses(responseList, fixedBlockSize);
 }
 
-std::vector<ComplexSignal32> FftBlockFilter::partitionSpectra(const std::vector<Signal32>& list,
-                                                              std::int32_t start, std::int32_t partition)
+PoolVector<ComplexSignal32> FftBlockFilter::partitionSpectra(const PoolVector<Signal32>& list,
+                                                             std::int32_t start, std::int32_t partition)
 {
     // The part of each response at start, zero-padded to twice the partition for overlap-save.
-    std::vector<ComplexSignal32> spectra;
+    PoolVector<ComplexSignal32> spectra;
     spectra.reserve(list.size());
     for (const Signal32& response : list)
     {
@@ -41,7 +41,7 @@ std::vector<ComplexSignal32> FftBlockFilter::partitionSpectra(const std::vector<
     return spectra;
 }
 
-void FftBlockFilter::setImpulseResponses(const std::vector<Signal32>& list, std::int32_t fixedBlockSize)
+void FftBlockFilter::setImpulseResponses(const PoolVector<Signal32>& list, std::int32_t fixedBlockSize)
 {
     if (responses != static_cast<std::int32_t>(list.size()) || channels != list.front().channelCount())
         sections.clear();
@@ -57,7 +57,7 @@ void FftBlockFilter::setImpulseResponses(const std::vector<Signal32>& list, std:
         if (blockSize >= 0)
             sections.clear();
         blockSize = -1;
-        std::vector<Signal32> taps;
+        PoolVector<Signal32> taps;
         taps.reserve(list.size());
         for (const Signal32& response : list)
             taps.push_back(response.slice(0, std::min(response.length(), maxDirectTaps)));
@@ -72,7 +72,7 @@ void FftBlockFilter::setImpulseResponses(const std::vector<Signal32>& list, std:
         blockSize = fixedBlockSize;
         auto spectra = partitionSpectra(list, 0, blockSize);
         if (sections.empty())
-            sections.push_back(std::make_unique<FftSection>(spectra, true));
+            sections.push_back(makePooled<FftSection>(spectra, true));
         else
             sections.front()->setPartitions(spectra);
         index = 1;
@@ -87,7 +87,7 @@ void FftBlockFilter::setImpulseResponses(const std::vector<Signal32>& list, std:
         if (index < sections.size())
             sections[index]->setPartitions(spectra);
         else
-            sections.push_back(std::make_unique<FftSection>(spectra, false));
+            sections.push_back(makePooled<FftSection>(spectra, false));
         start += partition;
         partition *= 2;
         ++index;
@@ -95,9 +95,9 @@ void FftBlockFilter::setImpulseResponses(const std::vector<Signal32>& list, std:
     sections.resize(index);
 }
 
-std::vector<Signal32> FftBlockFilter::processAll(const Signal32& block)
+PoolVector<Signal32> FftBlockFilter::processAll(const Signal32& block)
 {
-    std::vector<Signal32> result;
+    PoolVector<Signal32> result;
     std::size_t first = 0;
     if (blockSize < 1)
         result = directBank.process(block);
@@ -108,7 +108,7 @@ std::vector<Signal32> FftBlockFilter::processAll(const Signal32& block)
     }
     for (std::size_t s = first; s < sections.size(); ++s)
     {
-        const std::vector<Signal32> part = sections[s]->process(block);
+        const PoolVector<Signal32> part = sections[s]->process(block);
         for (std::size_t r = 0; r < result.size(); ++r)
             for (std::int32_t c = 0; c < result[r].channelCount(); ++c)
                 ippsAdd_32f_I(part[r].channel(c), result[r].channel(c), result[r].length());

@@ -23,15 +23,15 @@ class FftBlockFilter
 {
 public:
     FftBlockFilter(const Signal32& response, std::int32_t fixedBlockSize);
-    explicit FftBlockFilter(const std::vector<Signal32>& responseList, std::int32_t fixedBlockSize);
+    explicit FftBlockFilter(const PoolVector<Signal32>& responseList, std::int32_t fixedBlockSize);
 
     /** Installs responses of one channel count and one length. Stages that keep their shape keep
         their history; the direct head's delay lines start afresh. A block size of -1 asks for a
         free block size. */
-    void setImpulseResponses(const std::vector<Signal32>& list, std::int32_t fixedBlockSize);
+    void setImpulseResponses(const PoolVector<Signal32>& list, std::int32_t fixedBlockSize);
 
     /** One output per response, each of the block's shape. */
-    std::vector<Signal32> processAll(const Signal32& block);
+    PoolVector<Signal32> processAll(const Signal32& block);
 
     /** The output for the first response. */
     Signal32 process(const Signal32& block);
@@ -41,10 +41,10 @@ public:
     const FftSection& getSection(std::size_t i) const { return *sections[i]; }
 
 private:
-    std::vector<ComplexSignal32> partitionSpectra(const std::vector<Signal32>& list, std::int32_t start,
-                                                  std::int32_t partition);
+    PoolVector<ComplexSignal32> partitionSpectra(const PoolVector<Signal32>& list, std::int32_t start,
+                                                 std::int32_t partition);
 
-    std::vector<std::unique_ptr<FftSection>> sections;
+    PoolVector<PoolPtr<FftSection>> sections;
     std::int32_t channels = 0;
     std::int32_t responses = 0;
     std::int32_t blockSize = 0;

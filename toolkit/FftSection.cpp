@@ -5,7 +5,7 @@
 namespace velmar::audio
 {
 
-FftSection::FftSection(const std::vector<ComplexSignal32>& partitionSpectra, bool inStep)
+FftSection::FftSection(const PoolVector<ComplexSignal32>& partitionSpectra, bool inStep)
     : responses(static_cast<std::int32_t>(partitionSpectra.size()))
     , channels(partitionSpectra.front().channelCount())
     , fftSize(2 * (partitionSpectra.front().length() - 1))
@@ -34,12 +34,12 @@ FftSection::~FftSection()
     ippsFree(work);
 }
 
-void FftSection::setPartitions(const std::vector<ComplexSignal32>& partitionSpectra)
+void FftSection::setPartitions(const PoolVector<ComplexSignal32>& partitionSpectra)
 {
     partitions = partitionSpectra;
 }
 
-std::vector<Signal32> FftSection::process(const Signal32& block)
+PoolVector<Signal32> FftSection::process(const Signal32& block)
 {
     const std::int32_t h = fftSize / 2;
     input.push(block);
@@ -50,7 +50,7 @@ std::vector<Signal32> FftSection::process(const Signal32& block)
     // At least h samples stay behind as the next call's overlap.
     input.discard(ready);
 
-    std::vector<Signal32> y;
+    PoolVector<Signal32> y;
     y.reserve(static_cast<std::size_t>(responses));
     for (std::int32_t r = 0; r < responses; ++r)
         y.emplace_back(channels, ready);
@@ -77,7 +77,7 @@ std::vector<Signal32> FftSection::process(const Signal32& block)
             }
         }
 
-    std::vector<Signal32> results;
+    PoolVector<Signal32> results;
     results.reserve(static_cast<std::size_t>(responses));
     for (std::int32_t r = 0; r < responses; ++r)
     {

@@ -18,28 +18,28 @@ namespace velmar::audio
 class FftSection
 {
 public:
-    FftSection(const std::vector<ComplexSignal32>& partitionSpectra, bool inStep);
+    FftSection(const PoolVector<ComplexSignal32>& partitionSpectra, bool inStep);
     ~FftSection();
     FftSection(const FftSection&) = delete;
     FftSection& operator=(const FftSection&) = delete;
 
     /** New spectra of the same shape; the queues, and so the stage's history, stay. */
-    void setPartitions(const std::vector<ComplexSignal32>& partitionSpectra);
+    void setPartitions(const PoolVector<ComplexSignal32>& partitionSpectra);
 
     /** One result per response, each of the block's shape. */
-    std::vector<Signal32> process(const Signal32& block);
+    PoolVector<Signal32> process(const Signal32& block);
 
     std::int32_t getFftSize() const noexcept { return fftSize; }
     bool isNoDelay() const noexcept { return noDelay; }
-    const std::vector<ComplexSignal32>& getPartitions() const noexcept { return partitions; }
+    const PoolVector<ComplexSignal32>& getPartitions() const noexcept { return partitions; }
 
 private:
     std::int32_t responses = 0;
     std::int32_t channels = 0;
     std::int32_t fftSize = 0;
     SignalQueue<Signal32> input;
-    std::vector<SignalQueue<Signal32>> outputs;
-    std::vector<ComplexSignal32> partitions;
+    PoolVector<SignalQueue<Signal32>> outputs;
+    PoolVector<ComplexSignal32> partitions;
     bool noDelay = false;
     IppsFFTSpec_R_32f* plan = nullptr;
     Ipp8u* work = nullptr;

@@ -9,6 +9,8 @@
 
 #include "toolkit/Ipp.h"
 
+#include "toolkit/MemoryPool.h"
+
 #include <fftw3.h>
 
 #include <array>
@@ -38,8 +40,15 @@ const PlanPair& plansForOrder(int order)
         const int n = 1 << order;
         auto* buffer = fftwf_alloc_real(static_cast<std::size_t>(n + 2));
         auto* spectrum = reinterpret_cast<fftwf_complex*>(buffer);
-        pair.forward = fftwf_plan_dft_r2c_1d(n, buffer, spectrum, FFTW_ESTIMATE);
-        pair.inverse = fftwf_plan_dft_c2r_1d(n, spectrum, buffer, FFTW_ESTIMATE);
+        // Unbuffered algorithms: a buffered one allocates scratch on every execution, which the
+        // audio path must not do. Should FFTW find none for a size, a buffered plan still serves.
+        const unsigned flags = FFTW_ESTIMATE | FFTW_NO_BUFFERING;
+        pair.forward = fftwf_plan_dft_r2c_1d(n, buffer, spectrum, flags);
+        if (pair.forward == nullptr)
+            pair.forward = fftwf_plan_dft_r2c_1d(n, buffer, spectrum, FFTW_ESTIMATE);
+        pair.inverse = fftwf_plan_dft_c2r_1d(n, spectrum, buffer, flags);
+        if (pair.inverse == nullptr)
+            pair.inverse = fftwf_plan_dft_c2r_1d(n, spectrum, buffer, FFTW_ESTIMATE);
         fftwf_free(buffer);
     }
     return pair;
@@ -60,7 +69,9 @@ IppStatus ippsFFTInitAlloc_R_32f(IppsFFTSpec_R_32f** plan, int order, int flag, 
         return ippStsNullPtrErr;
     if (order < 0 || order > maxOrder)
         return ippStsFftOrderErr;
-    *plan = new IppsFFTSpec_R_32f{order, 1 << order, flag, &plansForOrder(order)};
+    const PlanPair& plans = plansForOrder(order);
+    *plan = velmar::audio::makePooled<IppsFFTSpec_R_32f>(IppsFFTSpec_R_32f{order, 1 << order, flag, &plans})
+                .release();
     return ippStsNoErr;
 }
 
@@ -107,6 +118,6 @@ IppStatus ippsFFTInv_CCSToR_32f(const Ipp32f* src, Ipp32f* dst, const IppsFFTSpe
 
 IppStatus ippsFFTFree_R_32f(IppsFFTSpec_R_32f* plan)
 {
-    delete plan;
+    velmar::audio::PoolDeleter()(plan);
     return ippStsNoErr;
 }

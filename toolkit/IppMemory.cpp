@@ -1,26 +1,20 @@
 #include "toolkit/Ipp.h"
 
-#include <cstdlib>
+#include "toolkit/MemoryPool.h"
+
 #include <cstring>
 
-namespace
-{
-constexpr std::size_t blockAlignment = 64;
-}
-
+// Work buffers come from the thread's memory pool, 64-byte aligned.
 void* ippMalloc(int bytes)
 {
     if (bytes < 1)
         return nullptr;
-    // aligned_alloc wants a size that is a multiple of the alignment.
-    const auto rounded =
-        (static_cast<std::size_t>(bytes) + blockAlignment - 1) / blockAlignment * blockAlignment;
-    return std::aligned_alloc(blockAlignment, rounded);
+    return velmar::audio::poolAllocate(static_cast<std::size_t>(bytes));
 }
 
 void ippFree(void* p)
 {
-    std::free(p);
+    velmar::audio::poolFree(p);
 }
 
 Ipp8u* ippsMalloc_8u(int bytes)

@@ -47,7 +47,7 @@ SignalData<T>::~SignalData()
 
 template <typename T>
 BasicSignal<T>::BasicSignal(std::int32_t channelCount, std::int32_t length)
-    : data(std::make_shared<SignalData<T>>(channelCount, length))
+    : data(std::allocate_shared<SignalData<T>>(PoolAllocator<SignalData<T>>(), channelCount, length))
 {
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "toolkit/Ipp.h"
+#include "toolkit/MemoryPool.h"
 
 #include <cstdint>
 #include <memory>
@@ -29,12 +30,13 @@ struct SignalData
     SignalData& operator=(const SignalData&) = delete;
 
     std::int32_t length = 0;
-    std::vector<T*> channels;
+    PoolVector<T*> channels;
 };
 
 /** A value-like handle to a shared SignalData block. Copying a handle shares the block; there is
     no copy-on-write, so writes through channel() and fill() are seen by every handle to the block.
-    A handle without a block is the empty signal. Constructing, clone() and slice() allocate. */
+    A handle without a block is the empty signal. Constructing, clone() and slice() allocate, from
+    the thread's memory pool: the block, its shared count and its buffers. */
 template <typename T>
 class BasicSignal
 {

@@ -123,9 +123,9 @@ Signal32& operator+=(Signal32& a, const Signal32& b)
     return a;
 }
 
-std::vector<float> rms(const Signal32& s)
+PoolVector<float> rms(const Signal32& s)
 {
-    std::vector<float> levels(static_cast<std::size_t>(s.channelCount()), 0.0f);
+    PoolVector<float> levels(static_cast<std::size_t>(s.channelCount()), 0.0f);
     const double root = std::sqrt(static_cast<double>(static_cast<float>(s.length())));
     for (std::int32_t c = 0; c < s.channelCount(); ++c)
     {

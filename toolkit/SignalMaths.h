@@ -32,7 +32,7 @@ ComplexSignal32 operator*(const ComplexSignal32& x, const ComplexSignal32& y);
 Signal32& operator+=(Signal32& a, const Signal32& b);
 
 /** Root mean square per channel; an empty signal gives an empty array. */
-std::vector<float> rms(const Signal32& s);
+PoolVector<float> rms(const Signal32& s);
 
 /** A one-channel Hamming window of n samples. */
 Signal32 hammingWindow(std::int32_t n);

@@ -52,8 +52,8 @@ TEST(CrackleReduction, OnlyTheNotchesAroundEachPointChange)
     Tindler& t = *owner;
     auto rng = tindle::test::seededGenerator("crackle notches");
     const Signal32 frame = tindle::test::noise(rng, 2, t.getFrameLength(), 0.3f);
-    const std::vector<float> levels{0.05f, 0.2f};
-    const std::vector<CracklePoint> points{{1, 900}, {1, 1300}, {1, 1301}, {0, 1500}};
+    const ChannelLevels levels{0.05f, 0.2f};
+    const CrackleList points{{1, 900}, {1, 1300}, {1, 1301}, {0, 1500}};
     const Signal32 result = t.reduceCrackle(frame, points, levels);
     EXPECT_FALSE(result.sharesBlockWith(frame));
 
@@ -87,7 +87,7 @@ TEST(CrackleReduction, NeutralSettingsAndTheStampShape)
     Tindler& t = *owner;
     auto rng = tindle::test::seededGenerator("crackle neutral");
     const Signal32 frame = tindle::test::noise(rng, 2, t.getFrameLength(), 0.3f);
-    const std::vector<float> levels{0.1f, 0.1f};
+    const ChannelLevels levels{0.1f, 0.1f};
 
     // No points: the frame itself, to the bit.
     const Signal32 untouched = t.reduceCrackle(frame, {}, levels);
@@ -105,7 +105,7 @@ TEST(CrackleReduction, NeutralSettingsAndTheStampShape)
     // A loud level empties every bin: the notch cuts to silence at its centre and follows the
     // inverted raised cosine of 11 samples (48 kHz) around it.
     t.setParameter(Tindler::CrackleReduction, 100.0f);
-    const std::vector<float> loud{1e6f, 1e6f};
+    const ChannelLevels loud{1e6f, 1e6f};
     const Signal32 cut = t.reduceCrackle(frame, {{1, 1200}}, loud);
     for (std::int32_t j = -5; j <= 5; ++j)
     {

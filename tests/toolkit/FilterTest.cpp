@@ -157,7 +157,7 @@ TEST(FftBlockFilter, DirectHeadMatchesDirectConvolutionForAnySplit)
 TEST(FftBlockFilter, SeveralResponsesAtOnce)
 {
     auto rng = tindle::test::seededGenerator("block filter responses");
-    std::vector<Signal32> responses;
+    velmar::audio::PoolVector<Signal32> responses;
     for (int r = 0; r < 3; ++r)
         responses.push_back(tindle::test::noise(rng, 2, 700, 0.05f));
     const Signal32 x = tindle::test::noise(rng, 2, 6000, 1.0f);

@@ -99,7 +99,7 @@ TEST(SignalMaths, RmsAndHammingWindow)
         s.channel(1)[i] = -0.3f;
         s.channel(2)[i] = (i % 2 == 0) ? 1.0f : -1.0f;
     }
-    const std::vector<float> levels = rms(s);
+    const PoolVector<float> levels = rms(s);
     ASSERT_EQ(levels.size(), 3u);
     EXPECT_EQ(levels[0], 0.0f);
     EXPECT_FLOAT_EQ(levels[1], 0.3f);
