@@ -11,3 +11,6 @@ echo "== Restoration quality against FFmpeg's adeclick, both at their defaults =
 echo
 echo "== Renderer speed against FFmpeg's adeclick =="
 python3 "$here/speed.py" "$build" 120
+echo
+echo "== The audio path in real time: block times and the cost of each stage =="
+"$build/bench/realtime_bench"

@@ -2,6 +2,8 @@
 
 #include "engine/Autocorrelation.h"
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace velmar::audio
@@ -25,41 +27,46 @@ inline __attribute__((always_inline)) double dot(const double* u, const double* 
 }
 
 // The recursion proper, on lags stored reversed (reversed[t] = r[p + 1 - t]), so that its dot
-// product reads both arrays forwards.
-inline __attribute__((always_inline)) bool recursion(const double* reversed, double* a, double* updated,
+// product reads both arrays forwards. Each step writes the new coefficients from the old ones into
+// the other of two arrays, which then trade places; the result ends in a.
+inline __attribute__((always_inline)) bool recursion(const double* reversed, double* a, double* other,
                                                      std::int32_t p, double err)
 {
+    double* current = a;
+    double* next = other;
+    next[0] = 1.0;
     for (std::int32_t m = 1; m <= p - 1; ++m)
     {
         // sum over j <= m of r[m + 1 - j] a[j]
-        const double acc = dot(reversed + (p - m), a, m + 1);
+        const double acc = dot(reversed + (p - m), current, m + 1);
         const double k = err == 0.0 ? 0.0 : -acc / err;
         // Every a[i] from the old values of a[i] and a[m + 1 - i]; the middle of an even m + 1 is
-        // one element, updated once. Formed aside and copied back, which vectorises.
+        // one element, updated once.
         for (std::int32_t i = 1; i <= m; ++i)
-            updated[i] = a[i] + k * a[m + 1 - i];
-        for (std::int32_t i = 1; i <= m; ++i)
-            a[i] = updated[i];
-        a[m + 1] = k;
+            next[i] = current[i] + k * current[m + 1 - i];
+        next[m + 1] = k;
+        std::swap(current, next);
         err = err + k * acc;
         // Strict: an error of exactly 0 goes on; NaN compares false and goes on as well.
         if (err < 0.0)
             return false;
     }
+    if (current != a)
+        std::copy(current, current + p + 1, a);
     return true;
 }
 
 // The same code for wider vectors where the processor has them; no fused multiply-add, so every
 // processor takes the same steps.
-__attribute__((target("avx2"))) bool recursionAvx2(const double* reversed, double* a, double* updated,
+__attribute__((target("avx2"))) bool recursionAvx2(const double* reversed, double* a, double* other,
                                                    std::int32_t p, double err)
 {
-    return recursion(reversed, a, updated, p, err);
+    return recursion(reversed, a, other, p, err);
 }
 
-bool recursionBaseline(const double* reversed, double* a, double* updated, std::int32_t p, double err)
+bool recursionBaseline(const double* reversed, double* a, double* other, std::int32_t p, double err)
 {
-    return recursion(reversed, a, updated, p, err);
+    return recursion(reversed, a, other, p, err);
 }
 
 const bool hasAvx2 = __builtin_cpu_supports("avx2");
@@ -84,9 +91,9 @@ bool levinson(const float* samples, std::int32_t length, double* coefficients, s
 
     const double err = r[0] + a[1] * r[1];
     PoolVector<double> reversed(r.rbegin(), r.rend());
-    PoolVector<double> updated(static_cast<std::size_t>(p + 1), 0.0);
-    return hasAvx2 ? recursionAvx2(reversed.data(), a, updated.data(), p, err)
-                   : recursionBaseline(reversed.data(), a, updated.data(), p, err);
+    PoolVector<double> other(static_cast<std::size_t>(p + 1), 0.0);
+    return hasAvx2 ? recursionAvx2(reversed.data(), a, other.data(), p, err)
+                   : recursionBaseline(reversed.data(), a, other.data(), p, err);
 }
 
 Signal32 linearPrediction(const Signal32& signal, std::int32_t coefficientCount)

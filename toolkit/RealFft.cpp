@@ -50,4 +50,18 @@ Signal32 RealFft::inverse(const ComplexSignal32& x)
     return result;
 }
 
+void RealFft::forward(const float* samples, complex32* spectrum, std::int32_t samplesLength)
+{
+    if (samplesLength != size)
+        prepare(samplesLength);
+    ippsFFTFwd_RToCCS_32f(samples, reinterpret_cast<Ipp32f*>(spectrum), plan, work);
+}
+
+void RealFft::inverse(const complex32* spectrum, float* samples, std::int32_t samplesLength)
+{
+    if (samplesLength != size)
+        prepare(samplesLength);
+    ippsFFTInv_CCSToR_32f(reinterpret_cast<const Ipp32f*>(spectrum), samples, plan, work);
+}
+
 } // namespace velmar::audio

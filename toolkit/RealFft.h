@@ -25,6 +25,11 @@ public:
     ComplexSignal32 forward(const Signal32& s);
     Signal32 inverse(const ComplexSignal32& x);
 
+    /** One channel: size samples in, size / 2 + 1 bins out, under the same rebuild rule. */
+    void forward(const float* samples, complex32* spectrum, std::int32_t samplesLength);
+    /** One channel: the inverse for a helper of the given size. */
+    void inverse(const complex32* spectrum, float* samples, std::int32_t samplesLength);
+
     std::int32_t getSize() const noexcept { return size; }
 
 private:
