@@ -10,6 +10,7 @@
 #include <juce_core/juce_core.h>
 
 #include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <thread>
 
@@ -220,6 +221,9 @@ int run(const std::vector<std::string>& arguments)
     }
     const RenderOptions& o = *parsed.options;
     installInterruptCleanup();
+    // A file-size limit then fails the write with an error that names it, instead of ending the
+    // process with the output half written.
+    std::signal(SIGXFSZ, SIG_IGN);
     velmar::audio::startUpVectorLibrary();
     Console console(o.progress, o.quiet);
     return o.batch ? runBatch(o, console) : runSingle(o, console);

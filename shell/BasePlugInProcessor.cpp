@@ -5,6 +5,9 @@
 #include "shell/Identity.h"
 #include "toolkit/Ipp.h"
 
+#include <cfloat>
+#include <cmath>
+
 #include <cstring>
 
 using velmar::audio::Signal32;
@@ -77,9 +80,16 @@ void BasePlugInProcessor::processBlock(juce::AudioBuffer<float>& buffer, juce::M
         primeDeliveryQueue();
     }
 
+    // Non-finite samples come in as silence: one would otherwise spoil the prediction of every
+    // frame it falls into, and the restorer treats the gap like any other damage.
     Signal32 input(inputs, n);
     for (int c = 0; c < inputs; ++c)
-        ippsCopy_32f(buffer.getReadPointer(c), input.channel(c), n);
+    {
+        const float* in = buffer.getReadPointer(c);
+        float* out = input.channel(c);
+        for (int i = 0; i < n; ++i)
+            out[i] = std::isfinite(in[i]) ? in[i] : 0.0f;
+    }
 
     deliveryQueue.push(engine->process(input));
 
@@ -98,7 +108,14 @@ void BasePlugInProcessor::processBlock(juce::AudioBuffer<float>& buffer, juce::M
     for (int c = 0; c < outputs; ++c)
     {
         if (c < inputs)
-            buffer.copyFrom(c, 0, result.channel(c), n, 1.0f);
+        {
+            // Values below the smallest normal float leave as zeros: the host's thread may keep
+            // denormals, and they would slow down everything that the host does with them next.
+            float* out = buffer.getWritePointer(c);
+            const float* in = result.channel(c);
+            for (int i = 0; i < n; ++i)
+                out[i] = std::fabs(in[i]) < FLT_MIN ? 0.0f : in[i];
+        }
         else
             buffer.clear(c, 0, n);
     }
