@@ -172,29 +172,20 @@ TEST(Restoration, SettingsActFromTheNextFrame)
     const Signal32 head = t.process(d.damaged.slice(0, firstPart));
     ASSERT_EQ(head.length(), 25 * t.getHop());
     t.setParameter(Tindler::ResidualMode, 1.0f);
-    const std::int32_t clickLengthBefore = t.latency();
-    t.setParameter(Tindler::ClickLength, 10.0f);
-    t.setParameter(Tindler::ClickLength, 2.0f);
-    EXPECT_EQ(t.latency(), clickLengthBefore);
-    const Signal32 tail = t.process(d.damaged.slice(firstPart, 40000 - firstPart));
-    for (std::int32_t i = 0; i < head.length(); ++i)
-        ASSERT_EQ(head.channel(0)[i], restored.channel(0)[i]) << i;
-    for (std::int32_t i = 0; i < tail.length(); ++i)
-        ASSERT_EQ(tail.channel(0)[i], removed.channel(0)[head.length() + i]) << i;
-}
-
-TEST(Restoration, ClickLengthChangesNeitherLatencyNorFrame)
-{
-    auto tOwner = preparedEngine(2);
-    Tindler& t = *tOwner;
+    // The click length is free to change: it moves neither the latency nor the frame.
     const std::int32_t latency = t.latency();
     const std::int32_t frame = t.getFrameLength();
-    for (const float ms : {0.1f, 5.0f, 10.0f, 50.0f})
+    for (const float ms : {0.1f, 10.0f, 50.0f, 2.0f})
     {
         t.setParameter(Tindler::ClickLength, ms);
         EXPECT_EQ(t.latency(), latency);
         EXPECT_EQ(t.getFrameLength(), frame);
     }
+    const Signal32 tail = t.process(d.damaged.slice(firstPart, 40000 - firstPart));
+    for (std::int32_t i = 0; i < head.length(); ++i)
+        ASSERT_EQ(head.channel(0)[i], restored.channel(0)[i]) << i;
+    for (std::int32_t i = 0; i < tail.length(); ++i)
+        ASSERT_EQ(tail.channel(0)[i], removed.channel(0)[head.length() + i]) << i;
 }
 
 TEST(Restoration, StatisticsCountClicksAndCracklePerSecondAndChannel)

@@ -9,227 +9,176 @@
 
 #include <cfloat>
 #include <cmath>
-#include <cstring>
 #include <functional>
-#include <random>
-#include <thread>
 #include <vector>
 
 namespace
 {
 constexpr int lengths[] = {0, 1, 2, 7, 17, 1023, 4099};
-constexpr int offsets[] = {0, 1};
 
-/** An ippMalloc'd array with room for an offset, filled with seeded values. */
+/** Seeded values in an ippMalloc'd array, offset from its alignment by 0 or 1 element. */
 struct Buffer
 {
-    Buffer(int n, int offset, std::mt19937& rng, float lo = -2.0f, float hi = 2.0f)
-        : base(static_cast<float*>(ippMalloc((n + 2) * static_cast<int>(sizeof(float)) + 64)))
+    Buffer(int n, int offset, std::mt19937& rng, float lo)
+        : base(static_cast<float*>(ippMalloc(2 * (n + 2) * static_cast<int>(sizeof(float)) + 64)))
         , data(base + offset)
     {
-        std::uniform_real_distribution<float> dist(lo, hi);
-        for (int i = 0; i < n + 2; ++i)
+        std::uniform_real_distribution<float> dist(lo, 2.0f);
+        for (int i = 0; i < 2 * (n + 2); ++i)
             base[i] = dist(rng);
     }
     ~Buffer() { ippFree(base); }
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
-
+    std::vector<float> copy(int n) const { return {data, data + n}; }
     float* base;
     float* data;
 };
 
-std::vector<float> copyOf(const float* p, int n)
-{
-    return std::vector<float>(p, p + n);
-}
-
-/** Runs check(n, offset, rng) for every length and offset. */
-void forEachShape(const char* what, const std::function<void(int, int, std::mt19937&)>& check)
+/** Runs check for every length and both offsets, with source and destination misaligned apart. */
+void forEachShape(const char* what, float lo, const std::function<void(int, Buffer&, Buffer&)>& check)
 {
     auto rng = tindle::test::seededGenerator(what);
     for (const int n : lengths)
-        for (const int offset : offsets)
+        for (const int offset : {0, 1})
         {
-            SCOPED_TRACE(::testing::Message() << what << " n " << n << " offset " << offset);
-            check(n, offset, rng);
+            SCOPED_TRACE(::testing::Message() << what << ", n " << n << ", offset " << offset);
+            Buffer a(n, offset, rng, lo);
+            Buffer b(n, 1 - offset, rng, lo);
+            check(n, a, b);
         }
-}
-
-/** An in-place binary primitive against its scalar formula; results must be identical. */
-void checkInPlace(const char* what, IppStatus (*primitive)(const Ipp32f*, Ipp32f*, int),
-                  const std::function<float(float, float)>& formula, float lo = -2.0f)
-{
-    forEachShape(what,
-                 [&](int n, int offset, std::mt19937& rng)
-                 {
-                     Buffer a(n, offset, rng, lo);
-                     Buffer b(n, 1 - offset, rng, lo);
-                     const auto before = copyOf(b.data, n);
-                     const auto operand = copyOf(a.data, n);
-                     primitive(a.data, b.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(b.data[i], formula(before[static_cast<std::size_t>(i)],
-                                                      operand[static_cast<std::size_t>(i)]));
-                     EXPECT_EQ(copyOf(a.data, n), operand);
-                 });
 }
 } // namespace
 
-TEST(VectorPrimitives, InPlaceArithmetic)
+TEST(VectorPrimitives, ArithmeticAgreesWithScalarLoops)
 {
-    checkInPlace("add", ippsAdd_32f_I, [](float b, float a) { return b + a; });
-    checkInPlace("sub", ippsSub_32f_I, [](float b, float a) { return b - a; });
-    checkInPlace("mul", ippsMul_32f_I, [](float b, float a) { return b * a; });
-    // Operands kept away from zero so that the quotient is finite.
-    checkInPlace(
-        "div", ippsDiv_32f_I, [](float b, float a) { return b / a; }, 0.25f);
-    forEachShape("mulC",
-                 [](int n, int offset, std::mt19937& rng)
+    // In place: b = b op a. Results must be identical: each is a single IEEE operation.
+    struct InPlace
+    {
+        const char* name;
+        IppStatus (*primitive)(const Ipp32f*, Ipp32f*, int);
+        float (*formula)(float, float);
+        float lo; // the division's operands stay away from zero
+    };
+    const InPlace binary[] = {
+        {"add", ippsAdd_32f_I, [](float b, float a) { return b + a; }, -2.0f},
+        {"sub", ippsSub_32f_I, [](float b, float a) { return b - a; }, -2.0f},
+        {"mul", ippsMul_32f_I, [](float b, float a) { return b * a; }, -2.0f},
+        {"div", ippsDiv_32f_I, [](float b, float a) { return b / a; }, 0.25f},
+    };
+    for (const auto& op : binary)
+        forEachShape(op.name, op.lo,
+                     [&](int n, Buffer& a, Buffer& b)
+                     {
+                         const auto before = b.copy(n);
+                         op.primitive(a.data, b.data, n);
+                         for (int i = 0; i < n; ++i)
+                             ASSERT_EQ(b.data[i], op.formula(before[static_cast<std::size_t>(i)], a.data[i]));
+                     });
+
+    // From a to b.
+    struct Unary
+    {
+        const char* name;
+        std::function<void(const float*, float*, int)> primitive;
+        std::function<float(const float*, int, int)> formula; // (source, n, i)
+        float lo;
+    };
+    const Unary unary[] = {
+        {"abs", ippsAbs_32f, [](const float* s, int, int i) { return std::fabs(s[i]); }, -2.0f},
+        {"sqrt", ippsSqrt_32f, [](const float* s, int, int i) { return std::sqrt(s[i]); }, 0.0f},
+        {"flip", ippsFlip_32f, [](const float* s, int n, int i) { return s[n - 1 - i]; }, -2.0f},
+        {"copy", ippsCopy_32f, [](const float* s, int, int i) { return s[i]; }, -2.0f},
+        {"mulC", [](const float* s, float* d, int n) { ippsCopy_32f(s, d, n), ippsMulC_32f_I(-1.75f, d, n); },
+         [](const float* s, int, int i) { return s[i] * -1.75f; }, -2.0f},
+        // Strict tests with the level as replacement; the first sample sits on the level.
+        {"threshold LT", [](const float* s, float* d, int n) { ippsThreshold_LT_32f(s, d, n, 0.5f); },
+         [](const float* s, int, int i) { return s[i] < 0.5f ? 0.5f : s[i]; }, -2.0f},
+        {"threshold GT",
+         [](const float* s, float* d, int n) { ippsCopy_32f(s, d, n), ippsThreshold_GT_32f_I(d, n, -0.25f); },
+         [](const float* s, int, int i) { return s[i] > -0.25f ? -0.25f : s[i]; }, -2.0f},
+        {"magnitude",
+         [](const float* s, float* d, int n)
+         { ippsMagnitude_32fc(reinterpret_cast<const Ipp32fc*>(s), d, n); },
+         [](const float* s, int, int i)
+         { return std::sqrt(s[2 * i] * s[2 * i] + s[2 * i + 1] * s[2 * i + 1]); },
+         -2.0f},
+    };
+    for (const auto& op : unary)
+        forEachShape(op.name, op.lo,
+                     [&](int n, Buffer& a, Buffer& b)
+                     {
+                         if (n > 0)
+                             a.data[0] = 0.5f;
+                         op.primitive(a.data, b.data, n);
+                         for (int i = 0; i < n; ++i)
+                             ASSERT_EQ(b.data[i], op.formula(a.data, n, i)) << i;
+                     });
+
+    // The norm sums in double: within one rounding to float of the exact root.
+    forEachShape("norm", -2.0f,
+                 [](int n, Buffer& a, Buffer&)
                  {
-                     Buffer b(n, offset, rng);
-                     const auto before = copyOf(b.data, n);
-                     ippsMulC_32f_I(-1.75f, b.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(b.data[i], before[static_cast<std::size_t>(i)] * -1.75f);
-                 });
-}
-
-TEST(VectorPrimitives, UnaryAndMoves)
-{
-    forEachShape("unary",
-                 [](int n, int offset, std::mt19937& rng)
-                 {
-                     Buffer src(n, offset, rng);
-                     Buffer dst(n, 1 - offset, rng);
-                     ippsAbs_32f(src.data, dst.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(dst.data[i], std::fabs(src.data[i]));
-                     ippsFlip_32f(src.data, dst.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(dst.data[i], src.data[n - 1 - i]);
-                     ippsCopy_32f(src.data, dst.data, n);
-                     EXPECT_EQ(copyOf(dst.data, n), copyOf(src.data, n));
-                     ippsSet_32f(3.5f, dst.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(dst.data[i], 3.5f);
-                     ippsZero_32f(dst.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(dst.data[i], 0.0f);
-                     ippsCopy_8u(reinterpret_cast<const Ipp8u*>(src.data), reinterpret_cast<Ipp8u*>(dst.data),
-                                 n * static_cast<int>(sizeof(float)));
-                     EXPECT_EQ(copyOf(dst.data, n), copyOf(src.data, n));
-
-                     Buffer positive(n, offset, rng, 0.0f, 4.0f);
-                     ippsSqrt_32f(positive.data, dst.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(dst.data[i], std::sqrt(positive.data[i]));
-                 });
-
-    // Move is also right when source and destination overlap, in either direction.
-    std::vector<float> v(40);
-    for (std::size_t i = 0; i < v.size(); ++i)
-        v[i] = static_cast<float>(i);
-    ippsMove_32f(v.data(), v.data() + 3, 30);
-    for (int i = 0; i < 30; ++i)
-        ASSERT_EQ(v[static_cast<std::size_t>(i + 3)], static_cast<float>(i));
-    for (std::size_t i = 0; i < v.size(); ++i)
-        v[i] = static_cast<float>(i);
-    ippsMove_32f(v.data() + 5, v.data() + 1, 30);
-    for (int i = 0; i < 30; ++i)
-        ASSERT_EQ(v[static_cast<std::size_t>(i + 1)], static_cast<float>(i + 5));
-}
-
-TEST(VectorPrimitives, NormIsTheDoublePrecisionRootOfSquares)
-{
-    forEachShape("norm",
-                 [](int n, int offset, std::mt19937& rng)
-                 {
-                     Buffer src(n, offset, rng);
                      double sum = 0.0;
                      for (int i = 0; i < n; ++i)
-                         sum += static_cast<double>(src.data[i]) * static_cast<double>(src.data[i]);
+                         sum += static_cast<double>(a.data[i]) * a.data[i];
                      float norm = -1.0f;
-                     ippsNorm_L2_32f(src.data, n, &norm);
-                     // One rounding to float of the exact root.
-                     EXPECT_NEAR(static_cast<double>(norm), std::sqrt(sum), std::sqrt(sum) * 1e-7 + 1e-30);
+                     ippsNorm_L2_32f(a.data, n, &norm);
+                     EXPECT_NEAR(norm, std::sqrt(sum), std::sqrt(sum) * 1e-7 + 1e-30);
                  });
+    // Fills, byte copies and overlapping moves.
+    std::vector<float> v(40);
+    ippsSet_32f(3.5f, v.data(), 40);
+    EXPECT_EQ(v, std::vector<float>(40, 3.5f));
+    // Overlapping moves in both directions agree with a move through a copy.
+    for (std::size_t i = 0; i < v.size(); ++i)
+        v[i] = static_cast<float>(i);
+    for (const auto& [from, to] : {std::pair{0, 3}, std::pair{5, 1}})
+    {
+        std::vector<float> expected = v;
+        const std::vector<float> part(v.begin() + from, v.begin() + from + 30);
+        std::copy(part.begin(), part.end(), expected.begin() + to);
+        ippsMove_32f(v.data() + from, v.data() + to, 30);
+        EXPECT_EQ(v, expected);
+    }
+    std::vector<float> bytes(8);
+    ippsCopy_8u(reinterpret_cast<const Ipp8u*>(v.data()), reinterpret_cast<Ipp8u*>(bytes.data()), 32);
+    EXPECT_EQ(bytes, std::vector<float>(v.begin(), v.begin() + 8));
+    ippsZero_32f(v.data(), 40);
+    EXPECT_EQ(v, std::vector<float>(40, 0.0f));
 }
 
-TEST(VectorPrimitives, ThresholdsAreStrictAndReplaceByTheLevel)
+TEST(VectorPrimitives, ComplexAndWindow)
 {
-    forEachShape("threshold",
-                 [](int n, int offset, std::mt19937& rng)
-                 {
-                     Buffer src(n, offset, rng);
-                     if (n > 0)
-                         src.data[0] = 0.5f; // equal to the level: kept either way
-                     Buffer dst(n, 1 - offset, rng);
-                     ippsThreshold_LT_32f(src.data, dst.data, n, 0.5f);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(dst.data[i], src.data[i] < 0.5f ? 0.5f : src.data[i]);
-                     const auto before = copyOf(src.data, n);
-                     ippsThreshold_GT_32f_I(src.data, n, -0.25f);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(src.data[i], before[static_cast<std::size_t>(i)] > -0.25f
-                                                    ? -0.25f
-                                                    : before[static_cast<std::size_t>(i)]);
-                 });
-    const float nan = std::nanf("");
-    float out = 0.0f;
-    ippsThreshold_LT_32f(&nan, &out, 1, 0.0f); // NaN is not below the level
-    EXPECT_TRUE(std::isnan(out));
-}
-
-TEST(VectorPrimitives, ComplexOperations)
-{
-    forEachShape("complex",
-                 [](int n, int offset, std::mt19937& rng)
-                 {
-                     // Complex arrays as float buffers of twice the length; the offset is one float.
-                     Buffer a(2 * n, 2 * offset, rng);
-                     Buffer b(2 * n, 0, rng);
-                     Buffer c(2 * n, 2 * (1 - offset), rng);
-                     auto* ac = reinterpret_cast<Ipp32fc*>(a.data);
-                     auto* bc = reinterpret_cast<Ipp32fc*>(b.data);
-                     auto* cc = reinterpret_cast<Ipp32fc*>(c.data);
-
-                     ippsMul_32fc(ac, bc, cc, n);
-                     for (int i = 0; i < n; ++i)
-                     {
-                         ASSERT_EQ(cc[i].re, ac[i].re * bc[i].re - ac[i].im * bc[i].im);
-                         ASSERT_EQ(cc[i].im, ac[i].re * bc[i].im + ac[i].im * bc[i].re);
-                     }
-                     ippsMul_32fc_I(ac, bc, n);
-                     EXPECT_EQ(copyOf(b.data, 2 * n), copyOf(c.data, 2 * n));
-
-                     Buffer mag(n, offset, rng);
-                     ippsMagnitude_32fc(ac, mag.data, n);
-                     for (int i = 0; i < n; ++i)
-                         ASSERT_EQ(mag.data[i], std::sqrt(ac[i].re * ac[i].re + ac[i].im * ac[i].im));
-
-                     // A null imaginary source means zeros.
-                     ippsRealToCplx_32f(mag.data, nullptr, cc, n);
-                     for (int i = 0; i < n; ++i)
-                     {
-                         ASSERT_EQ(cc[i].re, mag.data[i]);
-                         ASSERT_EQ(cc[i].im, 0.0f);
-                     }
-                 });
-}
-
-TEST(VectorPrimitives, HammingWindow)
-{
+    forEachShape(
+        "complex", -2.0f,
+        [](int n, Buffer& a, Buffer& b)
+        {
+            auto* ac = reinterpret_cast<Ipp32fc*>(a.data);
+            auto* bc = reinterpret_cast<Ipp32fc*>(b.data);
+            std::vector<Ipp32fc> product(static_cast<std::size_t>(n));
+            ippsMul_32fc(ac, bc, product.data(), n);
+            for (int i = 0; i < n; ++i)
+            {
+                ASSERT_EQ(product[static_cast<std::size_t>(i)].re, ac[i].re * bc[i].re - ac[i].im * bc[i].im);
+                ASSERT_EQ(product[static_cast<std::size_t>(i)].im, ac[i].re * bc[i].im + ac[i].im * bc[i].re);
+            }
+            ippsMul_32fc_I(ac, bc, n);
+            for (int i = 0; i < n; ++i)
+                ASSERT_EQ(bc[i].re, product[static_cast<std::size_t>(i)].re);
+            // A null imaginary source means zeros.
+            ippsRealToCplx_32f(a.data, nullptr, bc, n);
+            for (int i = 0; i < n; ++i)
+                ASSERT_TRUE(bc[i].re == a.data[i] && bc[i].im == 0.0f);
+        });
     for (const int n : {3, 4, 17, 2048})
     {
         std::vector<float> w(static_cast<std::size_t>(n), 2.0f);
         ippsWinHamming_32f_I(w.data(), n);
         for (int i = 0; i < n; ++i)
-        {
-            const double expected = 2.0 * (0.54 - 0.46 * std::cos(2.0 * M_PI * i / (n - 1)));
             // One float rounding of the factor and one of the product.
-            ASSERT_NEAR(static_cast<double>(w[static_cast<std::size_t>(i)]), expected, 4e-7) << n << " " << i;
-        }
+            ASSERT_NEAR(w[static_cast<std::size_t>(i)],
+                        2.0 * (0.54 - 0.46 * std::cos(2.0 * M_PI * i / (n - 1))), 4e-7);
         EXPECT_EQ(w.front(), w.back());
     }
 }
@@ -241,23 +190,13 @@ TEST(VectorLibrary, StartUpFlushesDenormalsOnTheCallingThread)
     ippSetFlushToZero(0, &saved);
     ippSetDenormAreZeros(0);
     EXPECT_FALSE(velmar::audio::denormalsAreFlushed());
-    float denormal = FLT_MIN;
-    const float half = 0.5f;
-    ippsMulC_32f_I(half, &denormal, 1);
-    EXPECT_EQ(std::fpclassify(denormal), FP_SUBNORMAL);
-
     velmar::audio::startUpVectorLibrary();
     EXPECT_TRUE(velmar::audio::denormalsAreFlushed());
 
-    // Denormal inputs and results both come out as zeros from the primitives.
+    // Denormal inputs and results both come out of the primitives as zeros.
     std::vector<float> tiny(64, FLT_MIN);
     std::vector<float> subnormal(64, FLT_MIN / 8.0f);
     ippsMulC_32f_I(0.25f, tiny.data(), 64);
     ippsAdd_32f_I(subnormal.data(), tiny.data(), 64);
-    for (const float x : tiny)
-        ASSERT_EQ(x, 0.0f);
-
-    // A later call keeps the first one's settings and does no more.
-    velmar::audio::startUpVectorLibrary();
-    EXPECT_TRUE(velmar::audio::denormalsAreFlushed());
+    EXPECT_EQ(tiny, std::vector<float>(64, 0.0f));
 }
