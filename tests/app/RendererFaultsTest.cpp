@@ -4,77 +4,34 @@
 // happened.
 
 #include "support/AudioFileFixtures.h"
+#include "support/RendererProcess.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace
 {
-struct Outcome
-{
-    int exitCode = -1; // 128 + the signal when one ended it
-    std::string errors;
-};
-
-/** Starts tindle-render with the arguments in dir; stderr goes to a file. */
-pid_t start(const juce::File& dir, const std::vector<std::string>& arguments, const juce::File& log,
-            rlim_t fileSizeLimit = RLIM_INFINITY)
-{
-    const pid_t pid = fork();
-    if (pid == 0)
-    {
-        if (chdir(dir.getFullPathName().toRawUTF8()) != 0)
-            _exit(99);
-        const int fd = open(log.getFullPathName().toRawUTF8(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        dup2(fd, 2);
-        if (fileSizeLimit != RLIM_INFINITY)
-        {
-            const rlimit limit{fileSizeLimit, fileSizeLimit};
-            setrlimit(RLIMIT_FSIZE, &limit);
-        }
-        std::vector<char*> argv{const_cast<char*>(TINDLE_RENDER_BINARY)};
-        for (const auto& a : arguments)
-            argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        execv(TINDLE_RENDER_BINARY, argv.data());
-        _exit(98);
-    }
-    return pid;
-}
-
-Outcome finish(pid_t pid, const juce::File& log)
-{
-    int status = 0;
-    waitpid(pid, &status, 0);
-    Outcome o;
-    o.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    o.errors = log.loadFileAsString().toStdString();
-    return o;
-}
+using tindle::test::hasTemporaryFiles;
+using Outcome = tindle::test::RendererOutcome;
 
 Outcome render(const juce::File& dir, const std::vector<std::string>& arguments,
                rlim_t fileSizeLimit = RLIM_INFINITY)
 {
-    const auto log = dir.getSiblingFile(dir.getFileName() + "-stderr.txt");
-    return finish(start(dir, arguments, log, fileSizeLimit), log);
+    return tindle::test::runRenderer(dir, arguments, fileSizeLimit);
 }
 
-bool hasTemporaryFiles(const juce::File& dir)
+pid_t start(const juce::File& dir, const std::vector<std::string>& arguments, const juce::File& log)
 {
-    for (const auto& entry : juce::RangedDirectoryIterator(dir, true, "*", juce::File::findFiles))
-        if (entry.getFile().getFileName().contains(".tindle-"))
-            return true;
-    return false;
+    return tindle::test::startRenderer(dir, arguments, log);
+}
+
+Outcome finish(pid_t pid, const juce::File& log)
+{
+    return tindle::test::finishRenderer(pid, log);
 }
 
 /** A small file system of its own where the machine allows mounting one (as root), so that

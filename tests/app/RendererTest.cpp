@@ -1,46 +1,26 @@
 // tindle-render as users run it: the binary, its exit codes, its messages and its files.
 
 #include "support/AudioFileFixtures.h"
+#include "support/RendererProcess.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace
 {
+using tindle::test::hasTemporaryFiles;
 using tindle::test::readAudioFile;
 using tindle::test::writeAudioFile;
+using Outcome = tindle::test::RendererOutcome;
 
-struct Outcome
-{
-    int exitCode = -1;
-    std::string errors;
-};
-
-/** Runs tindle-render in dir with the given arguments; stderr is captured. */
+/** Runs tindle-render in dir with the arguments, split at blanks. */
 Outcome render(const juce::File& dir, const std::string& arguments)
 {
-    const auto log = dir.getSiblingFile(dir.getFileName() + "-stderr.txt");
-    const std::string command = "cd '" + dir.getFullPathName().toStdString() +
-                                "' && '" TINDLE_RENDER_BINARY "' " + arguments + " 2> '" +
-                                log.getFullPathName().toStdString() + "' > /dev/null";
-    const int status = std::system(command.c_str());
-    Outcome r;
-    r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    r.errors = log.loadFileAsString().toStdString();
-    log.deleteFile();
-    return r;
-}
-
-bool hasTemporaryFiles(const juce::File& dir)
-{
-    for (const auto& entry : juce::RangedDirectoryIterator(dir, true, "*", juce::File::findFiles))
-        if (entry.getFile().getFileName().contains(".tindle-"))
-            return true;
-    return false;
+    std::vector<std::string> split;
+    for (const auto& word : juce::StringArray::fromTokens(arguments, " ", ""))
+        split.push_back(word.toStdString());
+    return tindle::test::runRenderer(dir, split);
 }
 } // namespace
 
