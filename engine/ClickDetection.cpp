@@ -39,8 +39,14 @@ void Tindler::detect(const Signal32& frame, const Signal32& coefficients, ClickL
     const ChannelLevels envelopeLevels = rms(rawEnvelope);
     const std::int32_t halfKernel = smoothingKernel.length() / 2; // the smoother's delay
 
-    const auto clickSamples = std::max<std::int32_t>(
-        1, static_cast<std::int32_t>(static_cast<double>(settings.clickLength) * sampleRate / 1000.0));
+    // ClickLength arrives unclamped (from automation or a saved state): a length beyond the range
+    // is held to the longest the frame was sized for, and NaN, like anything below one sample,
+    // counts as one sample. Converting first would overflow the integer.
+    const double wantedSamples = static_cast<double>(settings.clickLength) * sampleRate / 1000.0;
+    const std::int32_t clickSamples =
+        wantedSamples >= static_cast<double>(maxClickSamples)
+            ? maxClickSamples
+            : (wantedSamples >= 1.0 ? static_cast<std::int32_t>(wantedSamples) : 1);
     const auto guard = static_cast<std::int32_t>(static_cast<float>(clickSamples) * guardFraction);
     const std::int32_t halfClick = clickSamples / 2;
     const std::int32_t holdOffSamples = 2 * guard;

@@ -58,13 +58,14 @@ bool Tindler::setUp(std::int32_t channelCount, double rate)
         }
     }
 
-    frameLength = nearestPowerOfTwo(static_cast<std::int32_t>(sampleRate / 25.0));
+    // Below 38 Hz the nearest power of two is 0, which the doubling below would never grow.
+    frameLength = std::max<std::int32_t>(1, nearestPowerOfTwo(static_cast<std::int32_t>(sampleRate / 25.0)));
 
     // Sized for the longest click the user can set, so that ClickLength never needs a new setUp.
     float minimumLength = 0.0f;
     float maximumLength = 0.0f;
     parameterRange(ClickLength, minimumLength, maximumLength);
-    const auto maxClickSamples = std::max<std::int32_t>(
+    maxClickSamples = std::max<std::int32_t>(
         1, static_cast<std::int32_t>(static_cast<double>(maximumLength) * sampleRate / 1000.0));
     const auto guardSamples = static_cast<std::int32_t>(static_cast<float>(maxClickSamples) * guardFraction);
     const auto largestOrder = std::max(detectionOrder, repairOrder);

@@ -124,6 +124,7 @@ private:
     std::int32_t frameLength = 0;
     std::int32_t overlap = 0;
     std::int32_t scanMargin = 0;
+    std::int32_t maxClickSamples = 1; // the longest click the frame is sized for
     const std::int32_t detectionOrder = 24;
     const std::int32_t repairOrder = 240;
     const float kernelLengthMs = 0.5f;

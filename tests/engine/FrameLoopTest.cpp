@@ -48,6 +48,22 @@ TEST(TindlerSizes, DerivedFromTheSampleRate)
     }
 }
 
+// Under 38 Hz the frame's first power of two is 0; the sizes still come out and frames run.
+TEST(TindlerSizes, RatesFarBelowAudioStillGiveAFrame)
+{
+    for (const double rate : {0.0, 1.0, 24.0, 37.0})
+    {
+        Tindler t;
+        ASSERT_TRUE(t.setUp(1, rate));
+        t.reset();
+        EXPECT_GT(t.getHop(), 0) << rate;
+        Signal32 ones(1, 4 * t.latency());
+        ones.fill(1.0f);
+        const Signal32 out = t.process(ones);
+        EXPECT_GE(out.length(), ones.length() - t.latency()) << rate;
+    }
+}
+
 TEST(TindlerSizes, SmoothingKernelIsAHannWithoutEndPoints)
 {
     Tindler t;

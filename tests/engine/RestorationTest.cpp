@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -252,4 +254,36 @@ TEST(Restoration, StatisticsCountClicksAndCracklePerSecondAndChannel)
     EXPECT_EQ(clicksPerSecond, 0.0f);
     EXPECT_FLOAT_EQ(cracklesPerSecond, static_cast<float>(points * rate / (crackleFrames * counted * 1.0)));
     EXPECT_GT(points, 30);
+}
+
+// Automation and saved states pass settings on unclamped. A click length beyond the range acts as
+// the longest the frame holds, and NaN or anything under one sample as one sample: the same
+// samples come out as with those lengths set properly.
+TEST(Restoration, ClickLengthsOutsideTheRangeActAsItsEnds)
+{
+    const Damaged d = damagedMaterial(5, 2, 30000, {{0, 9000, 300}, {1, 15000, 40}, {0, 21000, 3}});
+    const auto restoreWith = [&](float clickLength)
+    {
+        auto t = preparedEngine(2);
+        t->setParameter(Tindler::ClickLength, clickLength);
+        return processWhole(*t, d.damaged);
+    };
+    const auto same = [](const Signal32& a, const Signal32& b)
+    {
+        for (std::int32_t c = 0; c < a.channelCount(); ++c)
+            if (!std::equal(a.channel(c), a.channel(c) + a.length(), b.channel(c)))
+                return false;
+        return true;
+    };
+    float lowest = 0.0f;
+    float longest = 0.0f;
+    preparedEngine(1)->parameterRange(Tindler::ClickLength, lowest, longest);
+    const Signal32 atLongest = restoreWith(longest);
+    // 0.02 ms is 0.88 samples at 44.1 kHz: one sample.
+    const Signal32 atOneSample = restoreWith(0.02f);
+    ASSERT_FALSE(same(atLongest, atOneSample)) << "the material must tell the two lengths apart";
+    EXPECT_TRUE(same(restoreWith(1.0e30f), atLongest));
+    EXPECT_TRUE(same(restoreWith(std::numeric_limits<float>::infinity()), atLongest));
+    EXPECT_TRUE(same(restoreWith(std::numeric_limits<float>::quiet_NaN()), atOneSample));
+    EXPECT_TRUE(same(restoreWith(-5.0f), atOneSample));
 }
