@@ -1,6 +1,7 @@
 #include "shell/BundleResources.h"
 
 #include <clocale>
+#include <mutex>
 #include <string>
 
 namespace
@@ -30,7 +31,10 @@ juce::File BundleResources::currentBundle()
 juce::String BundleResources::currentLanguage()
 {
     // JUCE asks glibc with setlocale(LC_ALL, "") and then leaves the whole process, the host
-    // included, in the user's locale, where printf and strtod write and read "0,5".
+    // included, in the user's locale, where printf and strtod write and read "0,5". setlocale is
+    // not thread-safe: processors made on several threads at once (the renderer's jobs) take turns.
+    static std::mutex localeLock;
+    const std::lock_guard<std::mutex> lock(localeLock);
     const std::string hostLocale = std::setlocale(LC_ALL, nullptr);
     const auto language = juce::SystemStats::getDisplayLanguage();
     std::setlocale(LC_ALL, hostLocale.c_str());

@@ -4,8 +4,8 @@
 // Plans are made in place on a 64-byte-aligned buffer and run on the caller's work buffer, so
 // that FFTW may use its aligned SIMD code whatever alignment the caller's arrays have (partitions
 // and slices point into the middle of channels). Plans are kept for the life of the process, one
-// pair per order, and shared by every spec of that order: FFTW's planner is neither cheap nor
-// thread-safe, while executing a plan on new arrays is both.
+// pair per order (destroyed when the module unloads), and shared by every spec of that order: FFTW's planner
+// is neither cheap nor thread-safe, while executing a plan on new arrays is both.
 
 #include "toolkit/Ipp.h"
 
@@ -28,13 +28,31 @@ struct PlanPair
     fftwf_plan inverse = nullptr;
 };
 
+// Destroyed with the module: a host that unloads the plug-in would otherwise leave the plans
+// behind in FFTW, which stays loaded.
+struct PlanCache
+{
+    std::array<PlanPair, maxOrder + 1> pairs;
+
+    ~PlanCache()
+    {
+        for (const PlanPair& pair : pairs)
+        {
+            if (pair.forward != nullptr)
+                fftwf_destroy_plan(pair.forward);
+            if (pair.inverse != nullptr)
+                fftwf_destroy_plan(pair.inverse);
+        }
+    }
+};
+
 std::mutex plannerLock;
-std::array<PlanPair, maxOrder + 1> planCache;
+PlanCache planCache;
 
 const PlanPair& plansForOrder(int order)
 {
     const std::lock_guard<std::mutex> lock(plannerLock);
-    PlanPair& pair = planCache[static_cast<std::size_t>(order)];
+    PlanPair& pair = planCache.pairs[static_cast<std::size_t>(order)];
     if (pair.forward == nullptr)
     {
         const int n = 1 << order;
