@@ -46,12 +46,12 @@ std::string reportJson(const std::string& input, const std::string& output, cons
     j << pad << "  \"channels\": " << r.channels << ",\n";
     j << pad << "  \"seconds\": " << number(seconds) << ",\n";
     j << pad << "  \"settings\": {\"declick\": " << (o.declick ? "true" : "false")
-      << ", \"clickSensitivityPercent\": " << number(o.clickSensitivity, 2)
-      << ", \"clickLengthMs\": " << number(o.clickLength, 2)
+      << ", \"clickSensitivityPercent\": " << number(static_cast<double>(o.clickSensitivity), 2)
+      << ", \"clickLengthMs\": " << number(static_cast<double>(o.clickLength), 2)
       << ", \"detectDropouts\": " << (o.detectDropouts ? "true" : "false")
       << ", \"decrackle\": " << (o.decrackle ? "true" : "false")
-      << ", \"crackleSensitivityPercent\": " << number(o.crackleSensitivity, 2)
-      << ", \"crackleReductionPercent\": " << number(o.crackleReduction, 2)
+      << ", \"crackleSensitivityPercent\": " << number(static_cast<double>(o.crackleSensitivity), 2)
+      << ", \"crackleReductionPercent\": " << number(static_cast<double>(o.crackleReduction), 2)
       << ", \"residual\": " << (o.residual ? "true" : "false") << ", \"blockSize\": " << o.blockSize
       << "},\n";
     j << pad << "  \"perSecond\": [";

@@ -52,7 +52,9 @@ public:
     float toPixelX(float x) const;
     float toPixelY(float y) const;
 
-    /** The key of the point under a mouse position, or -1. */
+    /** The key of the point under a mouse position, or -1. Component's hit test for clicks stays
+        as it is. */
+    using juce::Component::hitTest;
     int hitTest(juce::Point<int> position) const;
 
     void mouseMove(const juce::MouseEvent& e) override;

@@ -18,9 +18,9 @@ void ParameterSlider::bindToParameter(BasePlugInProcessor* owner,
     float minimum = 0.0f;
     float maximum = 0.0f;
     engine->parameterRange(parameterId, minimum, maximum);
-    setRange(minimum, maximum, row->getStep());
-    setValue(engine->parameter(parameterId), juce::dontSendNotification);
-    setDoubleClickReturnValue(true, row->getDefaultValue());
+    setRange(static_cast<double>(minimum), static_cast<double>(maximum), static_cast<double>(row->getStep()));
+    setValue(static_cast<double>(engine->parameter(parameterId)), juce::dontSendNotification);
+    setDoubleClickReturnValue(true, static_cast<double>(row->getDefaultValue()));
 }
 
 void ParameterSlider::startedDragging()

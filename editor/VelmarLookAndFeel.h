@@ -40,7 +40,9 @@ public:
                                    const juce::Justification& justification,
                                    juce::GroupComponent& group) override;
 
-    /** The tick box of a toggle, at x, y, w, h within the button. */
+    /** The tick box of a toggle, at x, y, w, h within the button. JUCE's own overload stays
+        visible beside it. */
+    using juce::LookAndFeel_V2::drawTickBox;
     void drawTickBox(juce::Graphics& g, juce::Button& button, float x, float y, float w, float h,
                      bool isHighlighted, bool isDown);
 
