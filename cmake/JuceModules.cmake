@@ -45,3 +45,7 @@ set_target_properties(juce_modules PROPERTIES
     VISIBILITY_INLINES_HIDDEN TRUE
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden)
+
+if(TINDLE_SANITIZE_JUCE)
+    target_compile_options(juce_modules PRIVATE ${TINDLE_CHECK_FLAGS})
+endif()

@@ -8,4 +8,8 @@ function(tindle_target_options target)
             -Wunused -Woverloaded-virtual -Wnull-dereference -Wdouble-promotion -Wformat=2
             -Wimplicit-fallthrough -Werror)
     endif()
+    target_compile_options(${target} PRIVATE ${TINDLE_CHECK_FLAGS})
+    if(TINDLE_FUZZ AND target IN_LIST TINDLE_FUZZ_COVERED)
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    endif()
 endfunction()

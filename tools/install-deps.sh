@@ -1,7 +1,8 @@
 #!/bin/sh
 # Installs the Debian packages that building and testing Tindle needs, if any are missing.
 # Uses sudo when not run as root. Safe to run again: with everything present it only checks.
-# With the argument "bench" it also installs what the benchmarks compare against.
+# With the argument "bench" it also installs what the benchmarks compare against, with "fuzz" the
+# compiler and runtime of the fuzzing build.
 set -eu
 
 packages="
@@ -15,7 +16,10 @@ libgtest-dev libgmock-dev libbenchmark-dev
 xvfb xauth fonts-dejavu-core clang-format git python3
 locales
 "
-[ "${1:-}" = "bench" ] && packages="$packages ffmpeg"
+case "${1:-}" in
+bench) packages="$packages ffmpeg" ;;
+fuzz) packages="$packages clang libclang-rt-14-dev llvm" ;;
+esac
 
 missing=""
 for p in $packages; do
