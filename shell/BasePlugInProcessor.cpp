@@ -225,14 +225,20 @@ void BasePlugInProcessor::appendParameter(std::unique_ptr<PlugInParameter> row)
     addParameter(new HostParameter(*this, index, name));
 }
 
+// Under processLock, which the walk in tellListeners holds: the editor leaves the list on the
+// message thread while automation may be telling it on another, and once removeListener returns
+// no call can still reach a listener about to be destroyed. The lock is re-entrant, so a listener
+// may still leave from inside its own call.
 void BasePlugInProcessor::addListener(Listener* listener)
 {
+    const juce::ScopedLock lock(processLock);
     if (listener != nullptr)
         listeners.addIfNotAlreadyThere(listener);
 }
 
 void BasePlugInProcessor::removeListener(Listener* listener)
 {
+    const juce::ScopedLock lock(processLock);
     listeners.removeFirstMatchingValue(listener);
 }
 

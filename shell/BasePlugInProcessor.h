@@ -89,9 +89,10 @@ public:
 
     using juce::AudioProcessor::addListener;
     using juce::AudioProcessor::removeListener;
-    /** A null listener and one already present are ignored. No lock. */
+    /** A null listener and one already present are ignored. Takes processLock. */
     void addListener(Listener* listener);
-    /** A listener not present is ignored; a listener may remove itself from parameterChanged. */
+    /** A listener not present is ignored; a listener may remove itself from parameterChanged.
+        Takes processLock, so that no call reaches the listener once this returns. */
     void removeListener(Listener* listener);
 
     // JUCE 7 marks these index forms deprecated; the editor's sliders use them, so they stand here

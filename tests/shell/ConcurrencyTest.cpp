@@ -13,6 +13,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <thread>
 
 using tindle::test::ShellProbe;
@@ -57,6 +58,27 @@ TEST(Concurrency, ControlThreadAgainstRunningAudio)
             }
         });
 
+    // A window opening and closing: its listener joins and leaves while automation tells the
+    // listeners, and once it has left nothing may reach it.
+    std::atomic<long> heard{0};
+    std::thread window(
+        [&]
+        {
+            struct Counting : BasePlugInProcessor::Listener
+            {
+                std::atomic<long>* heard;
+                void parameterChanged(int) override { ++*heard; }
+            };
+            while (!controlDone)
+            {
+                auto listener = std::make_unique<Counting>();
+                listener->heard = &heard;
+                p.addListener(listener.get());
+                std::this_thread::sleep_for(std::chrono::microseconds(500));
+                p.removeListener(listener.get());
+            }
+        });
+
     std::mt19937 local(rng());
     std::uniform_real_distribution<float> unit(0.0f, 1.0f);
     auto& engine = dynamic_cast<Tindler&>(p.getEngine());
@@ -90,8 +112,10 @@ TEST(Concurrency, ControlThreadAgainstRunningAudio)
     p.setStateInformation(chunk.data(), static_cast<int>(chunk.size()));
     controlDone = true;
     audio.join();
+    window.join();
 
-    std::cout << "[concurrency] " << blocks << " blocks against 300 control steps\n";
+    std::cout << "[concurrency] " << blocks << " blocks against 300 control steps; the window heard " << heard
+              << " changes\n";
     EXPECT_EQ(nonFinite, 0);
     EXPECT_EQ(badSaves, 0);
     EXPECT_EQ(p.getEngine().parameter(Tindler::ClickSensitivity), 55.0f);
