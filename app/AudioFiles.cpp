@@ -1,5 +1,7 @@
 #include "app/AudioFiles.h"
 
+#include "app/FlacCheck.h"
+
 namespace tindle::render
 {
 
@@ -69,6 +71,13 @@ OpenedInput openInput(const juce::File& file)
             result.reader.reset();
             return result;
         }
+    }
+    if (r.getFormatName().containsIgnoreCase("FLAC") &&
+        decodableFlacSamples(file.getFullPathName().toStdString()) < r.lengthInSamples)
+    {
+        result.error = "the file is shorter than its header says (truncated)";
+        result.reader.reset();
+        return result;
     }
     if (r.numChannels != 1 && r.numChannels != 2)
     {

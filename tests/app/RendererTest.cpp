@@ -88,10 +88,14 @@ TEST(Renderer, RefusalsNameTheFileAndTouchNothing)
     ASSERT_TRUE(writeAudioFile(dir.getChildFile("good.wav"), "wav", 2, 44100.0, 16, 8000, 6));
     ASSERT_TRUE(writeAudioFile(dir.getChildFile("three.wav"), "wav", 3, 44100.0, 16, 8000, 7));
     ASSERT_TRUE(writeAudioFile(dir.getChildFile("cut.wav"), "wav", 2, 44100.0, 16, 8000, 8));
+    // A FLAC cut short decodes without complaint, the rest as silence: only counting what its
+    // frames hold tells.
+    ASSERT_TRUE(writeAudioFile(dir.getChildFile("cut.flac"), "flac", 2, 44100.0, 16, 30000, 8));
+    for (const char* name : {"cut.wav", "cut.flac"})
     {
         juce::MemoryBlock bytes;
-        dir.getChildFile("cut.wav").loadFileAsData(bytes);
-        dir.getChildFile("cut.wav").replaceWithData(bytes.getData(), bytes.getSize() / 2);
+        dir.getChildFile(name).loadFileAsData(bytes);
+        dir.getChildFile(name).replaceWithData(bytes.getData(), bytes.getSize() * 2 / 3);
     }
     {
         std::mt19937 rng(9);
@@ -120,6 +124,7 @@ TEST(Renderer, RefusalsNameTheFileAndTouchNothing)
         {"missing.wav out.wav", 1, "missing.wav", "no such file"},
         {"folder.wav out.wav", 1, "folder.wav", "folder"},
         {"cut.wav out.wav", 1, "cut.wav", "truncated"},
+        {"cut.flac out.wav", 1, "cut.flac", "truncated"},
         {"noise.wav out.wav", 1, "noise.wav", "not a WAV, AIFF, FLAC or Ogg Vorbis file"},
         {"three.wav out.wav", 1, "three.wav", "3 channels"},
         {"good.wav good.wav --overwrite", 1, "good.wav", "the input file itself"},
