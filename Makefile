@@ -74,7 +74,7 @@ $(TSAN_DIR)/CMakeCache.txt: | deps
 
 test-tsan: deps $(TSAN_DIR)/CMakeCache.txt
 	cmake --build $(TSAN_DIR) --parallel $(JOBS) --target shell_tests host_tests
-	cd $(TSAN_DIR) && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+	cd $(TSAN_DIR) && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=$(CURDIR)/tests/sanitize/tsan.supp \
 		ctest --output-on-failure -R '^(shell_tests|host_tests)$$'
 
 # libFuzzer over the state chunk loader and the renderer's input, FUZZ_SECONDS each, starting from

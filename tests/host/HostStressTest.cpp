@@ -125,6 +125,12 @@ TEST_P(HostStress, LongSessionAbuse)
                 editor->addToDesktop(0);
                 editor->setVisible(true);
                 tindle::test::pumpMessages(40);
+                // Closed as a host closes it: hidden and off the desktop, and the X events that
+                // follow handled, before it goes. JUCE's X embedding (the LV2 host's window)
+                // answers a late resize event with a call to itself that must not outlive it.
+                editor->setVisible(false);
+                editor->removeFromDesktop();
+                tindle::test::pumpMessages(40);
                 instance->editorBeingDeleted(editor);
                 delete editor;
             }
