@@ -40,8 +40,8 @@ std::int64_t decodableFlacSamples(const std::string& path)
     if (decoder == nullptr)
         return -1;
     Count count;
-    if (FLAC__stream_decoder_init_file(decoder.get(), path.c_str(), countFrame, nullptr, ignoreError, &count) !=
-        FLAC__STREAM_DECODER_INIT_STATUS_OK)
+    if (FLAC__stream_decoder_init_file(decoder.get(), path.c_str(), countFrame, nullptr, ignoreError,
+                                       &count) != FLAC__STREAM_DECODER_INIT_STATUS_OK)
         return -1;
     if (!FLAC__stream_decoder_process_until_end_of_stream(decoder.get()))
         return -1;
