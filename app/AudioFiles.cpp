@@ -60,6 +60,13 @@ OpenedInput openInput(const juce::File& file)
         return result;
     }
     const auto& r = *result.reader;
+    if (r.lengthInSamples < 0)
+    {
+        // An AIFF header's frame count is read as a signed number.
+        result.error = "its header gives a negative length";
+        result.reader.reset();
+        return result;
+    }
     const auto header = minimumHeaderBytes(r.getFormatName());
     if (header > 0)
     {

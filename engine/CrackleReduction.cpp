@@ -59,8 +59,11 @@ Signal32 Tindler::reduceCrackle(const Signal32& frame, const CrackleList& crackl
         for (std::int32_t k = 0; k < bins; ++k)
         {
             const float magnitude = std::max(std::sqrt(x[k].re * x[k].re + x[k].im * x[k].im), floor);
-            // A real gain from 0 to 1: at or below the subtraction, the bin is silenced.
-            const float gain = std::min(std::max((magnitude - subtraction) / magnitude, 0.0f), 1.0f);
+            // A real gain from 0 to 1: at or below the subtraction, the bin is silenced. A NaN
+            // (an unclamped reduction of NaN, or infinity times a silent level) leaves the bin
+            // as it is, like no reduction at all.
+            const float ratio = (magnitude - subtraction) / magnitude;
+            const float gain = ratio > 0.0f ? std::min(ratio, 1.0f) : (ratio <= 0.0f ? 0.0f : 1.0f);
             x[k] = {x[k].re * gain, x[k].im * gain};
         }
         fft.inverse(x, denoised.channel(0), n);

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 namespace
@@ -87,6 +89,18 @@ TEST(Renderer, RefusalsNameTheFileAndTouchNothing)
     const auto dir = tindle::test::scratchFolder("refusals");
     ASSERT_TRUE(writeAudioFile(dir.getChildFile("good.wav"), "wav", 2, 44100.0, 16, 8000, 6));
     ASSERT_TRUE(writeAudioFile(dir.getChildFile("three.wav"), "wav", 3, 44100.0, 16, 8000, 7));
+    // An AIFF whose frame count has its top bit set: JUCE reads it as negative.
+    ASSERT_TRUE(writeAudioFile(dir.getChildFile("negative.aiff"), "aiff", 2, 44100.0, 16, 600, 7));
+    {
+        juce::MemoryBlock bytes;
+        dir.getChildFile("negative.aiff").loadFileAsData(bytes);
+        const auto* begin = static_cast<const char*>(bytes.getData());
+        const char chunkId[] = "COMM";
+        const auto comm = std::search(begin, begin + bytes.getSize(), chunkId, chunkId + 4) - begin;
+        ASSERT_LT(comm + 10, static_cast<std::ptrdiff_t>(bytes.getSize()));
+        bytes[static_cast<size_t>(comm + 10)] = static_cast<char>(0xFF);
+        dir.getChildFile("negative.aiff").replaceWithData(bytes.getData(), bytes.getSize());
+    }
     ASSERT_TRUE(writeAudioFile(dir.getChildFile("cut.wav"), "wav", 2, 44100.0, 16, 8000, 8));
     // A FLAC cut short decodes without complaint, the rest as silence: only counting what its
     // frames hold tells.
@@ -127,6 +141,7 @@ TEST(Renderer, RefusalsNameTheFileAndTouchNothing)
         {"cut.flac out.wav", 1, "cut.flac", "truncated"},
         {"noise.wav out.wav", 1, "noise.wav", "not a WAV, AIFF, FLAC or Ogg Vorbis file"},
         {"three.wav out.wav", 1, "three.wav", "3 channels"},
+        {"negative.aiff out.wav", 1, "negative.aiff", "negative length"},
         {"good.wav good.wav --overwrite", 1, "good.wav", "the input file itself"},
         {"good.wav link.wav --overwrite", 1, "link.wav", "the input file itself"},
         {"good.wav existing.wav", 1, "existing.wav", "--overwrite"},

@@ -259,7 +259,7 @@ TEST(Restoration, StatisticsCountClicksAndCracklePerSecondAndChannel)
 // Automation and saved states pass settings on unclamped. A click length beyond the range acts as
 // the longest the frame holds, and NaN or anything under one sample as one sample: the same
 // samples come out as with those lengths set properly.
-TEST(Restoration, ClickLengthsOutsideTheRangeActAsItsEnds)
+TEST(Restoration, SettingsOutsideTheirRangesActAsTheirEnds)
 {
     const Damaged d = damagedMaterial(5, 2, 30000, {{0, 9000, 300}, {1, 15000, 40}, {0, 21000, 3}});
     const auto restoreWith = [&](float clickLength)
@@ -286,4 +286,22 @@ TEST(Restoration, ClickLengthsOutsideTheRangeActAsItsEnds)
     EXPECT_TRUE(same(restoreWith(std::numeric_limits<float>::infinity()), atLongest));
     EXPECT_TRUE(same(restoreWith(std::numeric_limits<float>::quiet_NaN()), atOneSample));
     EXPECT_TRUE(same(restoreWith(-5.0f), atOneSample));
+
+    // A NaN crackle reduction takes nothing off, like 0 %; an infinite one silences every bin
+    // it reaches, and the output stays finite.
+    Signal32 crackly = d.damaged.clone();
+    auto rng = tindle::test::seededGenerator("crackle settings");
+    tindle::test::addCrackle(crackly, rng, 400.0, rate);
+    const auto crackleWith = [&](float reduction)
+    {
+        auto t = preparedEngine(2);
+        t->setParameter(Tindler::CrackleReduction, reduction);
+        return processWhole(*t, crackly);
+    };
+    ASSERT_FALSE(same(crackleWith(0.0f), crackleWith(30.0f))) << "the material must have crackle";
+    EXPECT_TRUE(same(crackleWith(std::numeric_limits<float>::quiet_NaN()), crackleWith(0.0f)));
+    const Signal32 infinite = crackleWith(std::numeric_limits<float>::infinity());
+    for (std::int32_t c = 0; c < infinite.channelCount(); ++c)
+        EXPECT_TRUE(std::all_of(infinite.channel(c), infinite.channel(c) + infinite.length(),
+                                [](float v) { return std::isfinite(v); }));
 }
