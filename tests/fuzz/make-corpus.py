@@ -5,6 +5,8 @@ corpus/state: saved-state chunks, valid and damaged, built from their layout: "R
 version, count, then (engine id, value) records, little-endian.
 corpus/renderer-input: small audio files of every readable kind, and damaged ones. FLAC and Ogg
 Vorbis come from ffmpeg, when it is installed.
+Inputs that once failed are kept beside them as finding-*, copied from the fuzzer's findings; this
+script leaves them alone.
 """
 import math
 import os
