@@ -70,9 +70,11 @@ OpenedInput openInput(const juce::File& file)
     const auto header = minimumHeaderBytes(r.getFormatName());
     if (header > 0)
     {
-        const auto dataBytes =
-            r.lengthInSamples * static_cast<juce::int64>(r.numChannels) * ((r.bitsPerSample + 7) / 8);
-        if (dataBytes + header > file.getSize())
+        // Compared by division: a damaged header's numbers can be large enough that the byte
+        // count they promise overflows.
+        const juce::int64 frameBytes =
+            static_cast<juce::int64>(r.numChannels) * ((static_cast<juce::int64>(r.bitsPerSample) + 7) / 8);
+        if (frameBytes < 1 || r.lengthInSamples > (file.getSize() - header) / frameBytes)
         {
             result.error = "the file is shorter than its header says (truncated)";
             result.reader.reset();
