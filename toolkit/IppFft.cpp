@@ -4,8 +4,8 @@
 // Plans are made in place on a 64-byte-aligned buffer and run on the caller's work buffer, so
 // that FFTW may use its aligned SIMD code whatever alignment the caller's arrays have (partitions
 // and slices point into the middle of channels). Plans are kept for the life of the process, one
-// pair per order (destroyed when the module unloads), and shared by every spec of that order: FFTW's planner
-// is neither cheap nor thread-safe, while executing a plan on new arrays is both.
+// pair per order (destroyed when the module unloads), and shared by every FFT set-up of that order: FFTW's
+// planner is neither cheap nor thread-safe, while executing a plan on new arrays is both.
 
 #include "toolkit/Ipp.h"
 

@@ -262,12 +262,15 @@ TEST(Restoration, StatisticsCountClicksAndCracklePerSecondAndChannel)
 TEST(Restoration, SettingsOutsideTheirRangesActAsTheirEnds)
 {
     const Damaged d = damagedMaterial(5, 2, 30000, {{0, 9000, 300}, {1, 15000, 40}, {0, 21000, 3}});
-    const auto restoreWith = [&](float clickLength)
+    // The input restored with one setting changed from its default.
+    const auto restoreWith = [&](const Signal32& input, std::int32_t setting, float value)
     {
         auto t = preparedEngine(2);
-        t->setParameter(Tindler::ClickLength, clickLength);
-        return processWhole(*t, d.damaged);
+        t->setParameter(setting, value);
+        return processWhole(*t, input);
     };
+    const auto withClickLength = [&](float length)
+    { return restoreWith(d.damaged, Tindler::ClickLength, length); };
     const auto same = [](const Signal32& a, const Signal32& b)
     {
         for (std::int32_t c = 0; c < a.channelCount(); ++c)
@@ -278,14 +281,14 @@ TEST(Restoration, SettingsOutsideTheirRangesActAsTheirEnds)
     float lowest = 0.0f;
     float longest = 0.0f;
     preparedEngine(1)->parameterRange(Tindler::ClickLength, lowest, longest);
-    const Signal32 atLongest = restoreWith(longest);
+    const Signal32 atLongest = withClickLength(longest);
     // 0.02 ms is 0.88 samples at 44.1 kHz: one sample.
-    const Signal32 atOneSample = restoreWith(0.02f);
+    const Signal32 atOneSample = withClickLength(0.02f);
     ASSERT_FALSE(same(atLongest, atOneSample)) << "the material must tell the two lengths apart";
-    EXPECT_TRUE(same(restoreWith(1.0e30f), atLongest));
-    EXPECT_TRUE(same(restoreWith(std::numeric_limits<float>::infinity()), atLongest));
-    EXPECT_TRUE(same(restoreWith(std::numeric_limits<float>::quiet_NaN()), atOneSample));
-    EXPECT_TRUE(same(restoreWith(-5.0f), atOneSample));
+    EXPECT_TRUE(same(withClickLength(1.0e30f), atLongest));
+    EXPECT_TRUE(same(withClickLength(std::numeric_limits<float>::infinity()), atLongest));
+    EXPECT_TRUE(same(withClickLength(std::numeric_limits<float>::quiet_NaN()), atOneSample));
+    EXPECT_TRUE(same(withClickLength(-5.0f), atOneSample));
 
     // A NaN crackle reduction takes nothing off, like 0 %; an infinite one silences every bin
     // it reaches, and the output stays finite.
@@ -293,11 +296,7 @@ TEST(Restoration, SettingsOutsideTheirRangesActAsTheirEnds)
     auto rng = tindle::test::seededGenerator("crackle settings");
     tindle::test::addCrackle(crackly, rng, 400.0, rate);
     const auto crackleWith = [&](float reduction)
-    {
-        auto t = preparedEngine(2);
-        t->setParameter(Tindler::CrackleReduction, reduction);
-        return processWhole(*t, crackly);
-    };
+    { return restoreWith(crackly, Tindler::CrackleReduction, reduction); };
     ASSERT_FALSE(same(crackleWith(0.0f), crackleWith(30.0f))) << "the material must have crackle";
     EXPECT_TRUE(same(crackleWith(std::numeric_limits<float>::quiet_NaN()), crackleWith(0.0f)));
     const Signal32 infinite = crackleWith(std::numeric_limits<float>::infinity());

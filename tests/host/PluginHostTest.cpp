@@ -3,6 +3,7 @@
 
 #include "engine/Tindler.h"
 #include "shell/TindleAudioProcessor.h"
+#include "support/HostedPlugin.h"
 #include "support/Render.h"
 #include "support/TestSignals.h"
 
@@ -19,48 +20,18 @@ namespace
 constexpr double hostRate = 44100.0;
 constexpr int maxBlock = 4096;
 
-struct Hosted
+tindle::test::HostedPlugin describe(const juce::String& formatName)
 {
-    std::unique_ptr<juce::AudioPluginFormat> format;
-    juce::PluginDescription description;
-};
-
-Hosted describe(const juce::String& formatName)
-{
-    Hosted h;
-    juce::String identifier;
-    if (formatName == "VST3")
-    {
-        h.format = std::make_unique<juce::VST3PluginFormat>();
-        identifier = TINDLE_VST3_BUNDLE;
-    }
-    else
-    {
-        h.format = std::make_unique<juce::LV2PluginFormat>();
-        h.format->searchPathsForPlugins(
-            juce::FileSearchPath(juce::File(TINDLE_LV2_BUNDLE).getParentDirectory().getFullPathName()), true,
-            false);
-        identifier = "urn:velmar-digital:tindle";
-    }
-    juce::OwnedArray<juce::PluginDescription> found;
-    h.format->findAllTypesForFile(found, identifier);
-    if (found.size() == 1)
-        h.description = *found[0];
-    return h;
+    return tindle::test::HostedPlugin::find(formatName, TINDLE_VST3_BUNDLE, TINDLE_LV2_BUNDLE,
+                                            "urn:velmar-digital:tindle");
 }
 
-std::unique_ptr<juce::AudioPluginInstance> instantiate(const Hosted& h, double rate)
+std::unique_ptr<juce::AudioPluginInstance> instantiate(const tindle::test::HostedPlugin& h, double rate)
 {
     juce::String error;
-    auto instance = h.format->createInstanceFromDescription(h.description, rate, maxBlock, error);
+    auto instance = h.instantiate(rate, maxBlock, error);
     EXPECT_TRUE(instance != nullptr) << error;
     return instance;
-}
-
-// Plug-ins report some changes (the VST3 latency among them) through the message thread.
-void pumpMessages()
-{
-    juce::MessageManager::getInstance()->runDispatchLoopUntil(50);
 }
 
 // The processor as the plug-in binaries hold it, in this process.
@@ -90,7 +61,7 @@ class HostedFormat : public ::testing::TestWithParam<const char*>
 
 TEST_P(HostedFormat, IdentityAndLayouts)
 {
-    const Hosted h = describe(GetParam());
+    const auto h = describe(GetParam());
     ASSERT_FALSE(h.description.name.isEmpty()) << "the " << GetParam() << " bundle was not found";
     EXPECT_EQ(h.description.name, "Velmar Digital Tindle");
     EXPECT_EQ(h.description.manufacturerName, "Velmar Digital");
@@ -129,7 +100,7 @@ TEST_P(HostedFormat, IdentityAndLayouts)
 
 TEST_P(HostedFormat, LatencyAndAudioMatchTheInProcessPath)
 {
-    const Hosted h = describe(GetParam());
+    const auto h = describe(GetParam());
     ASSERT_FALSE(h.description.name.isEmpty());
     struct Run
     {
@@ -154,7 +125,7 @@ TEST_P(HostedFormat, LatencyAndAudioMatchTheInProcessPath)
 
         // An LV2 instance reports its latency only once it has run a block, a VST3 one through
         // the message thread.
-        pumpMessages();
+        tindle::test::pumpMessages();
         EXPECT_EQ(instance->getLatencySamples(), reference->getLatencySamples()) << rate;
         EXPECT_EQ(reference->getLatencySamples(), rate == 44100.0 ? 2751 : 2792);
         ASSERT_EQ(hosted.size(), expected.size());
