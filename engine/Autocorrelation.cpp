@@ -2,19 +2,20 @@
 
 #include <algorithm>
 
+#include <immintrin.h>
+
 namespace velmar::audio
 {
 
 namespace
 {
+// ---- plain: any x86-64, lags in blocks ----
+
 // Many lags per pass: each sample is loaded once for a whole block of products, and the block's
 // running sums sit side by side in vector registers, enough of them that no add waits for the one
-// before it. Each lag still adds its products in rising order of i. Where the processor has them,
-// products and sums are fused (one rounding instead of two); the last bits of a lag may then differ
-// from a processor without, far below the float precision of the coefficients made from them. The
-// best block was measured per instruction set: 64 lags with AVX-512, 32 with AVX2, 24 with SSE2.
-// Lags k0 .. k0 + block - 1 into out[0 .. block - 1].
-template <std::int32_t block, bool fused>
+// before it. Each lag adds its products in rising order of i. Lags k0 .. k0 + block - 1 into
+// out[0 .. block - 1].
+template <std::int32_t block>
 inline __attribute__((always_inline)) void lagBlock(const double* x, std::int32_t length, double* out,
                                                     std::int32_t k0)
 {
@@ -26,12 +27,7 @@ inline __attribute__((always_inline)) void lagBlock(const double* x, std::int32_
         const double xi = x[i];
         const double* partner = x + i + k0;
         for (std::int32_t j = 0; j < block; ++j)
-        {
-            if constexpr (fused)
-                acc[j] = __builtin_fma(xi, partner[j], acc[j]);
-            else
-                acc[j] += xi * partner[j];
-        }
+            acc[j] += xi * partner[j];
     }
     // The shorter lags go on a few samples further, still in order.
     for (std::int32_t j = 0; j < block; ++j)
@@ -41,69 +37,155 @@ inline __attribute__((always_inline)) void lagBlock(const double* x, std::int32_
         out[j] = acc[j];
 }
 
-// Blocks of the full width; what is left at the end is done as one more full block that ends at
-// the last lag, computing some lags twice (to the same bits), and fewer lags than a block as one
-// full block into scratch: narrower blocks have too few sums in flight and are slower.
-template <std::int32_t block, bool fused>
-inline __attribute__((always_inline)) void autocorrelateBlocks(const double* x, std::int32_t length,
-                                                               double* r, std::int32_t lags)
+// 24 lags per block was the fastest with SSE2's sixteen registers. What is left at the end is
+// done as one more full block that ends at the last lag, computing some lags twice (to the same
+// bits), and fewer lags than a block as one full block into scratch: narrower blocks have too few
+// sums in flight and are slower.
+void autocorrelatePlain(const double* x, std::int32_t length, double* r, std::int32_t lags)
 {
+    constexpr std::int32_t block = 24;
     if (lags < block)
     {
         double scratch[block];
-        lagBlock<block, fused>(x, length, scratch, 0);
+        lagBlock<block>(x, length, scratch, 0);
         std::copy(scratch, scratch + lags, r);
         return;
     }
     std::int32_t k0 = 0;
     for (; k0 + block <= lags; k0 += block)
-        lagBlock<block, fused>(x, length, r + k0, k0);
+        lagBlock<block>(x, length, r + k0, k0);
     if (k0 < lags)
-        lagBlock<block, fused>(x, length, r + lags - block, lags - block);
+        lagBlock<block>(x, length, r + lags - block, lags - block);
 }
 
-// GCC keeps to 256-bit vectors under AVX-512 unless told otherwise; clang has no such preference
-// for a generic target and takes no such option in the attribute.
-#if defined(__clang__)
-#define AVX512_TARGET "avx512f,fma"
-#else
-#define AVX512_TARGET "avx512f,fma,prefer-vector-width=512"
-#endif
+// ---- tiled: AVX2 with FMA, a tile of lags by samples in registers ----
+//
+// A vector holds four consecutive samples, so lag k's products x[i..i+3] * x[i+k..i+k+3] land in
+// four lanes (sums over i of one residue mod 4, added together at the end). Take the lags
+// k, k + 4, ..., k + 4(T - 1) together and four sample vectors a[u] = x[i + 4u] per step: the
+// partner of a[u] for lag k + 4t is x[i + k + 4(t + u)], which depends on t + u only. So T + 3
+// partner loads and four sample loads feed 4T fused multiply-adds, where one load per product
+// would leave the loads, not the multipliers, setting the pace. T = 8 keeps eight sums, four
+// samples and a partner in the sixteen registers.
+constexpr int samplesPerStep = 4;
 
-__attribute__((target(AVX512_TARGET))) void autocorrelateAvx512(const double* x, std::int32_t length,
-                                                                double* r, std::int32_t lags)
+__attribute__((target("avx2,fma"))) inline double horizontalSum(__m256d v)
 {
-    autocorrelateBlocks<64, true>(x, length, r, lags);
+    const __m128d h = _mm_add_pd(_mm256_castpd256_pd128(v), _mm256_extractf128_pd(v, 1));
+    return _mm_cvtsd_f64(_mm_add_sd(h, _mm_unpackhi_pd(h, h)));
 }
 
-__attribute__((target("avx2,fma"))) void autocorrelateAvx2(const double* x, std::int32_t length, double* r,
-                                                           std::int32_t lags)
+// Lags k + 4t for t < T into out[t].
+template <int T>
+__attribute__((target("avx2,fma"))) inline void lagComb(const double* x, std::int32_t length, double* out,
+                                                        std::int32_t k)
 {
-    autocorrelateBlocks<32, true>(x, length, r, lags);
+    constexpr int U = samplesPerStep;
+    __m256d acc[T];
+#pragma GCC unroll 8
+    for (int t = 0; t < T; ++t)
+        acc[t] = _mm256_setzero_pd();
+    std::int32_t i = 0;
+    // The step's furthest read, x[i + k + 4(T + U - 2) + 3], stays inside the signal.
+    const std::int32_t stepEnd = length - k - 4 * (T + U - 2) - 3;
+    for (; i < stepEnd; i += 4 * U)
+    {
+        __m256d a[U];
+#pragma GCC unroll 4
+        for (int u = 0; u < U; ++u)
+            a[u] = _mm256_loadu_pd(x + i + 4 * u);
+#pragma GCC unroll 16
+        for (int s = 0; s < T + U - 1; ++s)
+        {
+            const __m256d partner = _mm256_loadu_pd(x + i + k + 4 * s);
+#pragma GCC unroll 4
+            for (int u = 0; u < U; ++u)
+            {
+                const int t = s - u;
+                if (t >= 0 && t < T)
+                    acc[t] = _mm256_fmadd_pd(a[u], partner, acc[t]);
+            }
+        }
+    }
+    // Each lag then runs on alone, four samples at a time while they all have partners, then one
+    // at a time.
+#pragma GCC unroll 8
+    for (int t = 0; t < T; ++t)
+    {
+        const std::int32_t lag = k + 4 * t;
+        std::int32_t j = i;
+        __m256d v = acc[t];
+        for (; j + lag + 3 < length; j += 4)
+            v = _mm256_fmadd_pd(_mm256_loadu_pd(x + j), _mm256_loadu_pd(x + j + lag), v);
+        double sum = horizontalSum(v);
+        for (; j < length - lag; ++j)
+            sum = __builtin_fma(x[j], x[j + lag], sum);
+        out[t] = sum;
+    }
 }
 
-void autocorrelateBaseline(const double* x, std::int32_t length, double* r, std::int32_t lags)
+// Lags k0 .. k0 + 4T - 1 as four combs, one per residue; those from `lags` on are left out.
+template <int T>
+__attribute__((target("avx2,fma"))) void lagTile(const double* x, std::int32_t length, double* r,
+                                                 std::int32_t lags, std::int32_t k0)
 {
-    autocorrelateBlocks<24, false>(x, length, r, lags);
+    double comb[T];
+    for (std::int32_t c = 0; c < 4; ++c)
+    {
+        lagComb<T>(x, length, comb, k0 + c);
+        for (std::int32_t t = 0; t < T; ++t)
+            if (k0 + c + 4 * t < lags)
+                r[k0 + c + 4 * t] = comb[t];
+    }
 }
 
-using Kernel = void (*)(const double*, std::int32_t, double*, std::int32_t);
-
-Kernel chooseKernel()
+__attribute__((target("avx2,fma"))) void autocorrelateTiled(const double* x, std::int32_t length, double* r,
+                                                            std::int32_t lags)
 {
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("fma"))
-        return autocorrelateAvx512;
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
-        return autocorrelateAvx2;
-    return autocorrelateBaseline;
+    constexpr int T = 8;
+    std::int32_t k0 = 0;
+    for (; k0 + 4 * T <= lags; k0 += 4 * T)
+        lagTile<T>(x, length, r, lags, k0);
+    // The rest in a tile just wide enough: at most three lags are formed and dropped.
+    switch ((lags - k0 + 3) / 4)
+    {
+    case 1:
+        lagTile<1>(x, length, r, lags, k0);
+        break;
+    case 2:
+        lagTile<2>(x, length, r, lags, k0);
+        break;
+    case 3:
+        lagTile<3>(x, length, r, lags, k0);
+        break;
+    case 4:
+        lagTile<4>(x, length, r, lags, k0);
+        break;
+    case 5:
+        lagTile<5>(x, length, r, lags, k0);
+        break;
+    case 6:
+        lagTile<6>(x, length, r, lags, k0);
+        break;
+    case 7:
+        lagTile<7>(x, length, r, lags, k0);
+        break;
+    case 8:
+        lagTile<8>(x, length, r, lags, k0);
+        break;
+    default:
+        break;
+    }
 }
 
-const Kernel kernel = chooseKernel();
 } // namespace
 
-void autocorrelate(const double* x, std::int32_t length, double* r, std::int32_t lags)
+void autocorrelate(const double* x, std::int32_t length, double* r, std::int32_t lags, Kernel kernel)
 {
-    kernel(x, length, r, lags);
+    if (kernel == Kernel::avx2)
+        autocorrelateTiled(x, length, r, lags);
+    else
+        autocorrelatePlain(x, length, r, lags);
 }
 
 } // namespace velmar::audio

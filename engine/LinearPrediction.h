@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Kernel.h"
 #include "toolkit/Signal.h"
 
 #include <cstdint>
@@ -15,7 +16,9 @@ Signal32 linearPrediction(const Signal32& signal, std::int32_t coefficientCount)
 
 /** Autocorrelation and Levinson-Durbin recursion in double over one channel. coefficients
     receives order + 1 values. False when the prediction error went below zero; then coefficients
-    hold the recursion's state at that point. Allocates its lag array. */
-bool levinson(const float* samples, std::int32_t length, double* coefficients, std::int32_t order);
+    hold the recursion's state at that point. The kernels differ only in rounding. Takes its lag
+    and work arrays from the memory pool. */
+bool levinson(const float* samples, std::int32_t length, double* coefficients, std::int32_t order,
+              Kernel kernel = bestKernel());
 
 } // namespace velmar::audio
