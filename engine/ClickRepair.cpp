@@ -1,5 +1,7 @@
 #include "engine/Tindler.h"
 
+#include "engine/DotProduct.h"
+
 #include <cmath>
 #include <vector>
 
@@ -16,37 +18,6 @@ Signal32 Tindler::repairClicks(const Signal32& frame, const Signal32& coefficien
     return result;
 }
 
-namespace
-{
-// -(sum over k from 1 to count - 1 of a[k] h[-k]): the prediction from the samples just before h.
-// Four interleaved partial sums keep the adds from waiting on each other; the order differs from
-// one running sum only in rounding far below a float sample's precision.
-double predictBackwards(const float* a, const double* h, std::int32_t count)
-{
-    double s[4] = {};
-    std::int32_t k = 1;
-    for (; k + 4 <= count; k += 4)
-        for (std::int32_t q = 0; q < 4; ++q)
-            s[q] -= static_cast<double>(a[k + q]) * h[-(k + q)];
-    for (; k < count; ++k)
-        s[0] -= static_cast<double>(a[k]) * h[-k];
-    return (s[0] + s[1]) + (s[2] + s[3]);
-}
-
-// The same with the samples just after h.
-double predictForwards(const float* a, const double* h, std::int32_t count)
-{
-    double s[4] = {};
-    std::int32_t k = 1;
-    for (; k + 4 <= count; k += 4)
-        for (std::int32_t q = 0; q < 4; ++q)
-            s[q] -= static_cast<double>(a[k + q]) * h[k + q];
-    for (; k < count; ++k)
-        s[0] -= static_cast<double>(a[k]) * h[k];
-    return (s[0] + s[1]) + (s[2] + s[3]);
-}
-} // namespace
-
 void Tindler::repairRegion(const Signal32& source, const Signal32& target, const Signal32& coefficients,
                            std::int32_t channel, std::int32_t start, std::int32_t end, float baselineFactor)
 {
@@ -59,6 +30,19 @@ void Tindler::repairRegion(const Signal32& source, const Signal32& target, const
     // the sample it predicts, and each prediction joins the history of the next. Every region lies
     // at least one predictor length inside the frame, so the history exists on both sides.
     PoolVector<double> line(static_cast<std::size_t>(gap + m - 1), 0.0);
+    // The predictor in double, once per region, in the order each pass meets its history:
+    // newestLast[j] = a[m - 1 - j] for the forward pass (history before the sample, oldest first),
+    // oldestLast[j] = a[j + 1] for the backward pass (history after it, nearest first). Both
+    // passes are then plain dot products over contiguous arrays.
+    const std::int32_t taps = m - 1;
+    PoolVector<double> newestLast(static_cast<std::size_t>(taps));
+    PoolVector<double> oldestLast(static_cast<std::size_t>(taps));
+    for (std::int32_t j = 0; j < taps; ++j)
+    {
+        newestLast[static_cast<std::size_t>(j)] = static_cast<double>(a[m - 1 - j]);
+        oldestLast[static_cast<std::size_t>(j)] = static_cast<double>(a[j + 1]);
+    }
+    const Kernel kernel = bestKernel();
 
     // Forward: the predictor continues the signal into the gap from the left, on its own output.
     const double leftBaseline = static_cast<double>(baselineFactor) * static_cast<double>(x[start]);
@@ -67,7 +51,8 @@ void Tindler::repairRegion(const Signal32& source, const Signal32& target, const
         forward[i] = static_cast<double>(x[start + i]) - leftBaseline;
     for (std::int32_t i = 0; i < gap; ++i)
     {
-        const double acc = predictBackwards(a, forward + i, m);
+        // -(sum over k from 1 to m - 1 of a[k] forward[i - k])
+        const double acc = -dotProduct(newestLast.data(), forward + i - taps, taps, kernel);
         forward[i] = acc;
         y[start + i] = static_cast<float>(acc + leftBaseline);
     }
@@ -82,7 +67,8 @@ void Tindler::repairRegion(const Signal32& source, const Signal32& target, const
     for (std::int32_t i = gap - 1; i >= 0; --i)
     {
         const float w = 0.5f - 0.5f * std::cos(static_cast<float>(i) * step);
-        const double acc = predictForwards(a, backward + i, m);
+        // -(sum over k from 1 to m - 1 of a[k] backward[i + k])
+        const double acc = -dotProduct(oldestLast.data(), backward + i + 1, taps, kernel);
         backward[i] = acc;
         y[start + i] =
             static_cast<float>(static_cast<double>(w) * (acc + rightBaseline)) + (1.0f - w) * y[start + i];

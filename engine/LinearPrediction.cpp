@@ -1,6 +1,7 @@
 #include "engine/LinearPrediction.h"
 
 #include "engine/Autocorrelation.h"
+#include "engine/DotProduct.h"
 
 #include <algorithm>
 #include <immintrin.h>
@@ -12,21 +13,6 @@ namespace velmar::audio
 
 namespace
 {
-// sum over j < count of u[j] v[j], in eight interleaved partial sums: one running sum would make
-// every add wait for the one before, and this product is most of the recursion's time. The order
-// differs from one sum's only in rounding far below the float coefficients' precision.
-inline __attribute__((always_inline)) double dot(const double* u, const double* v, std::int32_t count)
-{
-    double s[8] = {};
-    std::int32_t j = 0;
-    for (; j + 8 <= count; j += 8)
-        for (std::int32_t q = 0; q < 8; ++q)
-            s[q] += u[j + q] * v[j + q];
-    for (; j < count; ++j)
-        s[0] += u[j] * v[j];
-    return ((s[0] + s[1]) + (s[2] + s[3])) + ((s[4] + s[5]) + (s[6] + s[7]));
-}
-
 // The recursion proper, on lags stored reversed (reversed[t] = r[p + 1 - t]), so that its dot
 // product reads both arrays forwards. Each step writes the new coefficients from the old ones into
 // the other of two arrays, which then trade places; the result, or the state where the error went
@@ -40,7 +26,7 @@ bool recursionPlain(const double* reversed, double* a, double* other, std::int32
     for (std::int32_t m = 1; m <= p - 1; ++m)
     {
         // sum over j <= m of r[m + 1 - j] a[j]
-        const double acc = dot(reversed + (p - m), current, m + 1);
+        const double acc = dotProduct(reversed + (p - m), current, m + 1, Kernel::plain);
         const double k = err == 0.0 ? 0.0 : -acc / err;
         // Every a[i] from the old values of a[i] and a[m + 1 - i]; the middle of an even m + 1 is
         // one element, updated once.

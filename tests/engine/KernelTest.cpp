@@ -1,4 +1,5 @@
 #include "engine/Autocorrelation.h"
+#include "engine/DotProduct.h"
 #include "support/TestSignals.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,55 @@
 #include <vector>
 
 using namespace velmar::audio;
+
+namespace
+{
+// Any order of summing n terms in double errs by at most about n * 2^-53 times the sum of their
+// magnitudes; one product left out or taken twice errs by a whole term.
+double summingBound(std::int32_t n, long double magnitude)
+{
+    return static_cast<double>(n + 1) * std::numeric_limits<double>::epsilon() / 2.0 *
+           static_cast<double>(magnitude);
+}
+} // namespace
+
+TEST(DotProduct, EveryKernelMatchesAPlainSumAtAnyCountAndAlignment)
+{
+    auto rng = tindle::test::seededGenerator("dot product");
+    std::uniform_real_distribution<double> value(-1.0, 1.0);
+    for (const auto kernel : {Kernel::plain, Kernel::avx2})
+    {
+        if (!kernelAvailable(kernel))
+            continue;
+        std::vector<std::int32_t> counts{239, 240, 241};
+        for (std::int32_t n = 0; n <= 40; ++n)
+            counts.push_back(n);
+        for (const std::int32_t n : counts)
+            for (const std::int32_t offset : {0, 1})
+            {
+                std::vector<double> u(static_cast<std::size_t>(n + 1));
+                std::vector<double> v(static_cast<std::size_t>(n + 1));
+                for (std::size_t i = 0; i < u.size(); ++i)
+                {
+                    u[i] = value(rng);
+                    v[i] = value(rng);
+                }
+                long double exact = 0.0L;
+                long double magnitude = 0.0L;
+                for (std::int32_t j = 0; j < n; ++j)
+                {
+                    const long double product =
+                        static_cast<long double>(u[static_cast<std::size_t>(j + offset)]) *
+                        v[static_cast<std::size_t>(j)];
+                    exact += product;
+                    magnitude += std::fabs(product);
+                }
+                ASSERT_NEAR(dotProduct(u.data() + offset, v.data(), n, kernel), static_cast<double>(exact),
+                            summingBound(n, magnitude))
+                    << "kernel " << static_cast<int>(kernel) << " count " << n << " offset " << offset;
+            }
+    }
+}
 
 TEST(Autocorrelation, EveryKernelMatchesAPlainSumAtAnyLengthLagCountAndAlignment)
 {
@@ -43,12 +93,7 @@ TEST(Autocorrelation, EveryKernelMatchesAPlainSumAtAnyLengthLagCountAndAlignment
                             exact += static_cast<long double>(x[i]) * x[i + k];
                             magnitude += std::fabs(static_cast<long double>(x[i]) * x[i + k]);
                         }
-                        // Any order of summing n terms in double errs by at most about
-                        // n * 2^-53 times the sum of their magnitudes; one product left out or
-                        // taken twice errs by a whole term.
-                        const double bound = static_cast<double>(n + 1) *
-                                             std::numeric_limits<double>::epsilon() / 2.0 *
-                                             static_cast<double>(magnitude);
+                        const double bound = summingBound(n, magnitude);
                         ASSERT_NEAR(r[static_cast<std::size_t>(k)], static_cast<double>(exact), bound)
                             << "kernel " << static_cast<int>(kernel) << " length " << n << " lags " << lags
                             << " lag " << k << " offset " << offset;
