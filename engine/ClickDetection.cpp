@@ -5,9 +5,21 @@
 #include "toolkit/SignalMaths.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace velmar::audio
 {
+
+namespace
+{
+inline bool quietOctet(const float* envelope, const float* detector, float clickLimit, float crackleLimit)
+{
+    int loud = 0;
+    for (int q = 0; q < 8; ++q)
+        loud |= static_cast<int>(envelope[q] > clickLimit) | static_cast<int>(detector[q] > crackleLimit);
+    return loud == 0;
+}
+} // namespace
 
 void Tindler::detect(const Signal32& frame, const Signal32& coefficients, ClickList& clicks,
                      CrackleList& crackles, ChannelLevels& channelLevels, ChannelPositions& lastRepairEnd)
@@ -64,8 +76,22 @@ void Tindler::detect(const Signal32& frame, const Signal32& coefficients, ClickL
         std::int32_t aboveCount = 0;
         std::int32_t holdOff = 0;
 
-        for (std::int32_t i = overlap; i < frameLength - scanMargin; ++i)
+        const std::int32_t scanEnd = frameLength - scanMargin;
+        // With no click open and no hold-off, a sample does nothing unless it rises above the
+        // peak, the click threshold or the crackle threshold; such quiet stretches, most of a
+        // frame, are passed over eight samples at a time. The comparisons are those of the
+        // branches below, so a NaN is quiet there as it is here.
+        const float crackleLimit = crackleOn ? crackleThreshold : std::numeric_limits<float>::infinity();
+        for (std::int32_t i = overlap; i < scanEnd; ++i)
         {
+            if (aboveCount == 0 && holdOff == 0)
+            {
+                const float clickLimit = clicksOn ? std::min(peak, clickThreshold) : peak;
+                while (i + 8 <= scanEnd && quietOctet(env + i, det + i, clickLimit, crackleLimit))
+                    i += 8;
+                if (i == scanEnd)
+                    break;
+            }
             const float v = env[i];
             // peak is reset only when a click is recorded, so it may date from before the onset.
             if (v > peak)
