@@ -125,6 +125,8 @@ void stageTimes(const Signal32& music)
     velmar::audio::CrackleList crackles;
     velmar::audio::ChannelLevels levels;
     velmar::audio::ChannelPositions repairEnd;
+    velmar::audio::KeptLags kept;
+    kept.prepare(2, 25);
     // The chain of one frame, stage by stage, on frames one hop apart.
     for (int pass = 0; pass < passes; ++pass)
         for (int index = 0; index < frameCount; ++index)
@@ -133,13 +135,18 @@ void stageTimes(const Signal32& music)
             clicks.clear();
             crackles.clear();
             auto a = Clock::now();
-            const Signal32 shortPredictor = velmar::audio::linearPrediction(frame * window, 24);
+            const Signal32 shortPredictor = velmar::audio::linearPrediction(frame * window, 24, kept);
             auto b = Clock::now();
             t.detect(frame, shortPredictor, clicks, crackles, levels, repairEnd);
             auto c = Clock::now();
             const Signal32 firstPass = Tindler::repairClicks(frame, shortPredictor, clicks);
             auto d = Clock::now();
-            const Signal32 longPredictor = velmar::audio::linearPrediction(firstPass * window, 240);
+            // As the engine does: channels without clicks reuse the short fit's lags.
+            for (int ch = 0; ch < 2; ++ch)
+                kept.setReusable(ch, true);
+            for (const auto& region : clicks)
+                kept.setReusable(region.channel, false);
+            const Signal32 longPredictor = velmar::audio::linearPrediction(firstPass * window, 240, kept);
             auto e = Clock::now();
             const Signal32 repaired = Tindler::repairClicks(frame, longPredictor, clicks);
             auto f = Clock::now();

@@ -41,21 +41,22 @@ inline __attribute__((always_inline)) void lagBlock(const double* x, std::int32_
 // done as one more full block that ends at the last lag, computing some lags twice (to the same
 // bits), and fewer lags than a block as one full block into scratch: narrower blocks have too few
 // sums in flight and are slower.
-void autocorrelatePlain(const double* x, std::int32_t length, double* r, std::int32_t lags)
+void autocorrelatePlain(const double* x, std::int32_t length, double* r, std::int32_t firstLag,
+                        std::int32_t endLag)
 {
     constexpr std::int32_t block = 24;
-    if (lags < block)
+    if (endLag - firstLag < block)
     {
         double scratch[block];
-        lagBlock<block>(x, length, scratch, 0);
-        std::copy(scratch, scratch + lags, r);
+        lagBlock<block>(x, length, scratch, firstLag);
+        std::copy(scratch, scratch + (endLag - firstLag), r + firstLag);
         return;
     }
-    std::int32_t k0 = 0;
-    for (; k0 + block <= lags; k0 += block)
+    std::int32_t k0 = firstLag;
+    for (; k0 + block <= endLag; k0 += block)
         lagBlock<block>(x, length, r + k0, k0);
-    if (k0 < lags)
-        lagBlock<block>(x, length, r + lags - block, lags - block);
+    if (k0 < endLag)
+        lagBlock<block>(x, length, r + endLag - block, endLag - block);
 }
 
 // ---- tiled: AVX2 with FMA, a tile of lags by samples in registers ----
@@ -124,54 +125,54 @@ __attribute__((target("avx2,fma"))) inline void lagComb(const double* x, std::in
     }
 }
 
-// Lags k0 .. k0 + 4T - 1 as four combs, one per residue; those from `lags` on are left out.
+// Lags k0 .. k0 + 4T - 1 as four combs, one per residue; those from endLag on are left out.
 template <int T>
 __attribute__((target("avx2,fma"))) void lagTile(const double* x, std::int32_t length, double* r,
-                                                 std::int32_t lags, std::int32_t k0)
+                                                 std::int32_t endLag, std::int32_t k0)
 {
     double comb[T];
     for (std::int32_t c = 0; c < 4; ++c)
     {
         lagComb<T>(x, length, comb, k0 + c);
         for (std::int32_t t = 0; t < T; ++t)
-            if (k0 + c + 4 * t < lags)
+            if (k0 + c + 4 * t < endLag)
                 r[k0 + c + 4 * t] = comb[t];
     }
 }
 
 __attribute__((target("avx2,fma"))) void autocorrelateTiled(const double* x, std::int32_t length, double* r,
-                                                            std::int32_t lags)
+                                                            std::int32_t firstLag, std::int32_t endLag)
 {
     constexpr int T = 8;
-    std::int32_t k0 = 0;
-    for (; k0 + 4 * T <= lags; k0 += 4 * T)
-        lagTile<T>(x, length, r, lags, k0);
+    std::int32_t k0 = firstLag;
+    for (; k0 + 4 * T <= endLag; k0 += 4 * T)
+        lagTile<T>(x, length, r, endLag, k0);
     // The rest in a tile just wide enough: at most three lags are formed and dropped.
-    switch ((lags - k0 + 3) / 4)
+    switch ((endLag - k0 + 3) / 4)
     {
     case 1:
-        lagTile<1>(x, length, r, lags, k0);
+        lagTile<1>(x, length, r, endLag, k0);
         break;
     case 2:
-        lagTile<2>(x, length, r, lags, k0);
+        lagTile<2>(x, length, r, endLag, k0);
         break;
     case 3:
-        lagTile<3>(x, length, r, lags, k0);
+        lagTile<3>(x, length, r, endLag, k0);
         break;
     case 4:
-        lagTile<4>(x, length, r, lags, k0);
+        lagTile<4>(x, length, r, endLag, k0);
         break;
     case 5:
-        lagTile<5>(x, length, r, lags, k0);
+        lagTile<5>(x, length, r, endLag, k0);
         break;
     case 6:
-        lagTile<6>(x, length, r, lags, k0);
+        lagTile<6>(x, length, r, endLag, k0);
         break;
     case 7:
-        lagTile<7>(x, length, r, lags, k0);
+        lagTile<7>(x, length, r, endLag, k0);
         break;
     case 8:
-        lagTile<8>(x, length, r, lags, k0);
+        lagTile<8>(x, length, r, endLag, k0);
         break;
     default:
         break;
@@ -182,10 +183,18 @@ __attribute__((target("avx2,fma"))) void autocorrelateTiled(const double* x, std
 
 void autocorrelate(const double* x, std::int32_t length, double* r, std::int32_t lags, Kernel kernel)
 {
+    autocorrelateFrom(x, length, r, 0, lags, kernel);
+}
+
+void autocorrelateFrom(const double* x, std::int32_t length, double* r, std::int32_t firstLag,
+                       std::int32_t endLag, Kernel kernel)
+{
+    if (endLag <= firstLag)
+        return;
     if (kernel == Kernel::avx2)
-        autocorrelateTiled(x, length, r, lags);
+        autocorrelateTiled(x, length, r, firstLag, endLag);
     else
-        autocorrelatePlain(x, length, r, lags);
+        autocorrelatePlain(x, length, r, firstLag, endLag);
 }
 
 } // namespace velmar::audio

@@ -14,4 +14,10 @@ namespace velmar::audio
 void autocorrelate(const double* x, std::int32_t length, double* r, std::int32_t lags,
                    Kernel kernel = bestKernel());
 
+/** autocorrelate for the lags firstLag to endLag - 1 only, into r[firstLag] to r[endLag - 1]; every
+    lag comes out with the same bits as from autocorrelate, so a caller that has the lower lags of
+    the same samples can skip them. */
+void autocorrelateFrom(const double* x, std::int32_t length, double* r, std::int32_t firstLag,
+                       std::int32_t endLag, Kernel kernel = bestKernel());
+
 } // namespace velmar::audio

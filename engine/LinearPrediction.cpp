@@ -116,15 +116,23 @@ __attribute__((target("avx2,fma"))) bool recursionAvx2(const double* reversed, d
 
 } // namespace
 
-bool levinson(const float* samples, std::int32_t length, double* coefficients, std::int32_t order,
-              Kernel kernel)
+namespace
+{
+// levinson, with the lags below knownCount taken from known instead of formed, and the lags below
+// keepCount copied to keep.
+bool fit(const float* samples, std::int32_t length, double* coefficients, std::int32_t order, Kernel kernel,
+         const double* known, std::int32_t knownCount, double* keep, std::int32_t keepCount)
 {
     const std::int32_t p = order;
     // Lags up to p + 1 are formed, though the recursion reads only up to p. Products of two floats
     // are exact in double, so widening the samples once changes nothing.
-    PoolVector<double> r(static_cast<std::size_t>(p + 2), 0.0);
+    const std::int32_t lagCount = p + 2;
+    PoolVector<double> r(static_cast<std::size_t>(lagCount), 0.0);
     PoolVector<double> x(samples, samples + length);
-    autocorrelate(x.data(), length, r.data(), p + 2, kernel);
+    const std::int32_t reused = std::min(knownCount, lagCount);
+    std::copy(known, known + reused, r.begin());
+    autocorrelateFrom(x.data(), length, r.data(), reused, lagCount, kernel);
+    std::copy(r.begin(), r.begin() + std::min(keepCount, lagCount), keep);
 
     double* a = coefficients;
     a[0] = 1.0;
@@ -141,14 +149,19 @@ bool levinson(const float* samples, std::int32_t length, double* coefficients, s
                                   : recursionPlain(reversed.data(), a, other.data(), p, err);
 }
 
-Signal32 linearPrediction(const Signal32& signal, std::int32_t coefficientCount)
+Signal32 predictChannels(const Signal32& signal, std::int32_t coefficientCount, KeptLags* kept)
 {
     Signal32 result(signal.channelCount(), coefficientCount);
     PoolVector<double> work(static_cast<std::size_t>(coefficientCount), 0.0);
+    const Kernel kernel = bestKernel();
     for (std::int32_t c = 0; c < signal.channelCount(); ++c)
     {
+        double* lags = kept != nullptr ? kept->channel(c) : nullptr;
+        const std::int32_t knownCount = kept != nullptr && kept->isReusable(c) ? kept->count() : 0;
+        const std::int32_t keepCount = kept != nullptr ? kept->count() : 0;
         float* out = result.channel(c);
-        if (levinson(signal.channel(c), signal.length(), work.data(), coefficientCount - 1))
+        if (fit(signal.channel(c), signal.length(), work.data(), coefficientCount - 1, kernel, lags,
+                knownCount, lags, keepCount))
         {
             for (std::int32_t i = 0; i < coefficientCount; ++i)
                 out[i] = static_cast<float>(work[static_cast<std::size_t>(i)]);
@@ -159,8 +172,34 @@ Signal32 linearPrediction(const Signal32& signal, std::int32_t coefficientCount)
             for (std::int32_t i = 1; i < coefficientCount; ++i)
                 out[i] = 0.0f;
         }
+        if (kept != nullptr)
+            kept->setReusable(c, false);
     }
     return result;
+}
+} // namespace
+
+bool levinson(const float* samples, std::int32_t length, double* coefficients, std::int32_t order,
+              Kernel kernel)
+{
+    return fit(samples, length, coefficients, order, kernel, nullptr, 0, nullptr, 0);
+}
+
+Signal32 linearPrediction(const Signal32& signal, std::int32_t coefficientCount)
+{
+    return predictChannels(signal, coefficientCount, nullptr);
+}
+
+Signal32 linearPrediction(const Signal32& signal, std::int32_t coefficientCount, KeptLags& kept)
+{
+    return predictChannels(signal, coefficientCount, &kept);
+}
+
+void KeptLags::prepare(std::int32_t channels, std::int32_t count)
+{
+    lagCount = count;
+    lags.assign(static_cast<std::size_t>(channels) * static_cast<std::size_t>(count), 0.0);
+    same.assign(static_cast<std::size_t>(channels), 0);
 }
 
 } // namespace velmar::audio

@@ -18,7 +18,7 @@ Signal32 Tindler::restoreFrame(const Signal32& frame, ChannelPositions& lastRepa
 
     // The window serves the analysis only; the frame itself is repaired unwindowed.
     const Signal32 analysis = frame * analysisWindow;
-    const Signal32 detectionCoefficients = linearPrediction(analysis, detectionOrder);
+    const Signal32 detectionCoefficients = linearPrediction(analysis, detectionOrder, frameLags);
 
     // The engine's own lists, emptied: their memory was reserved at set-up.
     ClickList& clicks = frameClicks;
@@ -35,7 +35,13 @@ Signal32 Tindler::restoreFrame(const Signal32& frame, ChannelPositions& lastRepa
     {
         const Signal32 firstPass = repairClicks(frame, detectionCoefficients, clicks);
         const Signal32 analysis2 = firstPass * analysisWindow;
-        repairCoefficients = linearPrediction(analysis2, repairOrder);
+        // A channel without clicks comes through the first pass as it was, so its windowed signal
+        // is the one just fitted, and the lowest lags kept from that fit are its own.
+        for (std::int32_t c = 0; c < numChannels; ++c)
+            frameLags.setReusable(c, true);
+        for (const ClickRegion& region : clicks)
+            frameLags.setReusable(region.channel, false);
+        repairCoefficients = linearPrediction(analysis2, repairOrder, frameLags);
     }
     const Signal32 repaired = repairClicks(frame, repairCoefficients, clicks);
 

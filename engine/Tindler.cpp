@@ -78,6 +78,8 @@ bool Tindler::setUp(std::int32_t channelCount, double rate)
     carryEnd.assign(static_cast<std::size_t>(numChannels), 0);
     frameRepairEnd.assign(static_cast<std::size_t>(numChannels), 0);
     frameLevels.assign(static_cast<std::size_t>(numChannels), 0.0f);
+    // The short predictor's lags: lags 0 to order + 1 of a fit of detectionOrder coefficients.
+    frameLags.prepare(numChannels, detectionOrder + 1);
     // A frame finds at most one event per scanned sample and channel.
     const auto scanned = static_cast<std::size_t>(std::max(0, frameLength - scanMargin - overlap));
     frameClicks.reserve(scanned * static_cast<std::size_t>(numChannels));

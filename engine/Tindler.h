@@ -2,6 +2,7 @@
 
 #include "engine/BaseAudioProcessor.h"
 #include "engine/FrameEvents.h"
+#include "engine/LinearPrediction.h"
 #include "toolkit/RealFft.h"
 #include "toolkit/SignalQueue.h"
 
@@ -139,6 +140,7 @@ private:
     CrackleList frameCrackles;
     ChannelLevels frameLevels;
     ChannelPositions frameRepairEnd;
+    KeptLags frameLags;
     const FrameSettings* forcedSettings = nullptr;
 
     std::atomic<bool> enableTindle{true};

@@ -105,3 +105,33 @@ TEST(Autocorrelation, EveryKernelMatchesAPlainSumAtAnyLengthLagCountAndAlignment
     }
     EXPECT_GE(kernelsRun, 1);
 }
+
+TEST(Autocorrelation, ARangeOfLagsHasTheBitsOfTheWholeAndTouchesNothingElse)
+{
+    auto rng = tindle::test::seededGenerator("lag range");
+    std::uniform_real_distribution<float> sample(-1.0f, 1.0f);
+    for (const auto kernel : {Kernel::plain, Kernel::avx2})
+    {
+        if (!kernelAvailable(kernel))
+            continue;
+        for (const std::int32_t length : {30, 2048})
+        {
+            std::vector<double> x(static_cast<std::size_t>(length));
+            for (auto& v : x)
+                v = static_cast<double>(sample(rng));
+            std::vector<double> whole(300);
+            autocorrelate(x.data(), length, whole.data(), 300, kernel);
+            for (const std::int32_t first : {1, 5, 24, 25, 33})
+                for (const std::int32_t end : {first + 1, first + 23, 241, 300})
+                {
+                    std::vector<double> part(300, -1.0);
+                    autocorrelateFrom(x.data(), length, part.data(), first, end, kernel);
+                    for (std::int32_t k = 0; k < 300; ++k)
+                        ASSERT_EQ(part[static_cast<std::size_t>(k)],
+                                  k >= first && k < end ? whole[static_cast<std::size_t>(k)] : -1.0)
+                            << "kernel " << static_cast<int>(kernel) << " length " << length << " lags "
+                            << first << " to " << end << " lag " << k;
+                }
+        }
+    }
+}

@@ -169,6 +169,43 @@ TEST(LinearPrediction, SilenceAndChannelIndependence)
     EXPECT_EQ(one.channel(1)[0], 1.0f);
 }
 
+TEST(LinearPrediction, KeptLagsOfAnUnchangedChannelGiveTheSameBits)
+{
+    auto rng = tindle::test::seededGenerator("kept lags");
+    Signal32 first(2, 2048);
+    for (int c = 0; c < 2; ++c)
+    {
+        const auto x = arProcess(rng, 8, 2048);
+        std::copy(x.begin(), x.end(), first.channel(c));
+    }
+    KeptLags kept;
+    kept.prepare(2, 25);
+    const Signal32 keeping = linearPrediction(first, 24, kept);
+    const Signal32 plain = linearPrediction(first, 24);
+    for (int c = 0; c < 2; ++c)
+        for (int i = 0; i < 24; ++i)
+            ASSERT_EQ(keeping.channel(c)[i], plain.channel(c)[i]) << "channel " << c << " coefficient " << i;
+
+    // Channel 0 stays, channel 1 changes in a few samples, as a repaired click changes it.
+    Signal32 second = first.clone();
+    for (int i = 1000; i < 1040; ++i)
+        second.channel(1)[i] *= 0.25f;
+    kept.setReusable(0, true);
+    const Signal32 reusing = linearPrediction(second, 241, kept);
+    const Signal32 fresh = linearPrediction(second, 241);
+    for (int c = 0; c < 2; ++c)
+        for (int i = 0; i < 241; ++i)
+            ASSERT_EQ(reusing.channel(c)[i], fresh.channel(c)[i]) << "channel " << c << " coefficient " << i;
+    // The marks last one fit: the kept lags are now the second signal's.
+    EXPECT_FALSE(kept.isReusable(0));
+    EXPECT_FALSE(kept.isReusable(1));
+
+    // A stale lag marked reusable is taken as given: the reuse is real, not a second computation.
+    kept.channel(0)[0] *= 2.0;
+    kept.setReusable(0, true);
+    EXPECT_NE(linearPrediction(second, 241, kept).channel(0)[1], fresh.channel(0)[1]);
+}
+
 TEST(LinearPrediction, AFailedRecursionFallsBackForItsChannelOnly)
 {
     // The binomial coefficients of (1 + z^-1)^n have a zero of order n at the Nyquist frequency,
