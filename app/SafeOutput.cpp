@@ -66,14 +66,21 @@ std::string errnoText(int error)
 }
 } // namespace
 
+namespace
+{
+constexpr size_t streamBufferBytes = 1 << 16;
+}
+
 CheckedFileStream::CheckedFileStream(int fileDescriptor, std::shared_ptr<WriteStatus> status)
     : fd(fileDescriptor)
     , writeStatus(std::move(status))
+    , buffer(streamBufferBytes)
 {
 }
 
 CheckedFileStream::~CheckedFileStream()
 {
+    drain();
     if (fd >= 0 && ::close(fd) != 0)
         fail();
 }
@@ -87,10 +94,42 @@ void CheckedFileStream::fail()
     }
 }
 
-void CheckedFileStream::flush() {}
+bool CheckedFileStream::writeOut(const char* bytes, size_t numBytes)
+{
+    while (numBytes > 0)
+    {
+        const ssize_t n = ::write(fd, bytes, numBytes);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+        {
+            if (n == 0)
+                errno = ENOSPC;
+            fail();
+            return false;
+        }
+        bytes += n;
+        numBytes -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+bool CheckedFileStream::drain()
+{
+    const size_t count = buffered;
+    buffered = 0;
+    return count == 0 || writeOut(buffer.data(), count);
+}
+
+void CheckedFileStream::flush()
+{
+    drain();
+}
 
 bool CheckedFileStream::setPosition(juce::int64 newPosition)
 {
+    if (!drain())
+        return false;
     if (::lseek(fd, static_cast<off_t>(newPosition), SEEK_SET) < 0)
     {
         fail();
@@ -107,23 +146,25 @@ juce::int64 CheckedFileStream::getPosition()
 
 bool CheckedFileStream::write(const void* data, size_t numBytes)
 {
+    // Once a write has failed, nothing more goes to the file.
+    if (writeStatus->failed)
+        return false;
     const auto* bytes = static_cast<const char*>(data);
-    while (numBytes > 0)
+    position += static_cast<juce::int64>(numBytes);
+    if (buffered + numBytes <= buffer.size())
     {
-        const ssize_t n = ::write(fd, bytes, numBytes);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-        {
-            if (n == 0)
-                errno = ENOSPC;
-            fail();
-            return false;
-        }
-        bytes += n;
-        numBytes -= static_cast<size_t>(n);
-        position += n;
+        std::memcpy(buffer.data() + buffered, bytes, numBytes);
+        buffered += numBytes;
+        return true;
     }
+    // Too much for what is left: out with the buffer, and a write as large as the buffer goes
+    // straight on.
+    if (!drain())
+        return false;
+    if (numBytes >= buffer.size())
+        return writeOut(bytes, numBytes);
+    std::memcpy(buffer.data(), bytes, numBytes);
+    buffered = numBytes;
     return true;
 }
 

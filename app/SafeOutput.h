@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace tindle::render
 {
@@ -17,8 +18,10 @@ struct WriteStatus
 };
 
 /** An output stream on a file descriptor that remembers the first failed write, seek or close
-    (a full disk among them), which JUCE's own file stream would let pass. Allocates nothing per
-    write; closes the descriptor when deleted. */
+    (a full disk among them), which JUCE's own file stream would let pass. Writes gather in a
+    buffer of its own, so that a writer's many small writes cost few system calls; a failure shows
+    when the buffer goes out, at the latest when the stream is deleted. Allocates its buffer once;
+    closes the descriptor when deleted. */
 class CheckedFileStream : public juce::OutputStream
 {
 public:
@@ -32,10 +35,14 @@ public:
 
 private:
     void fail();
+    bool writeOut(const char* bytes, size_t numBytes);
+    bool drain();
 
     int fd;
     std::shared_ptr<WriteStatus> writeStatus;
-    juce::int64 position = 0;
+    juce::int64 position = 0; // where the next byte goes, buffered bytes counted
+    std::vector<char> buffer;
+    size_t buffered = 0;
 };
 
 /** A temporary file beside the final output that becomes the output only by commit(); until then
