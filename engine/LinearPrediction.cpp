@@ -114,10 +114,6 @@ __attribute__((target("avx2,fma"))) bool recursionAvx2(const double* reversed, d
     return completed;
 }
 
-} // namespace
-
-namespace
-{
 // levinson, with the lags below knownCount taken from known instead of formed, and the lags below
 // keepCount copied to keep.
 bool fit(const float* samples, std::int32_t length, double* coefficients, std::int32_t order, Kernel kernel,
