@@ -152,9 +152,11 @@ Signal32 predictChannels(const Signal32& signal, std::int32_t coefficientCount, 
     const Kernel kernel = bestKernel();
     for (std::int32_t c = 0; c < signal.channelCount(); ++c)
     {
-        double* lags = kept != nullptr ? kept->channel(c) : nullptr;
-        const std::int32_t knownCount = kept != nullptr && kept->isReusable(c) ? kept->count() : 0;
-        const std::int32_t keepCount = kept != nullptr ? kept->count() : 0;
+        // A channel beyond those the store was prepared for is fitted from scratch.
+        const bool tracked = kept != nullptr && c < kept->channelCount();
+        double* lags = tracked ? kept->channel(c) : nullptr;
+        const std::int32_t knownCount = tracked && kept->isReusable(c) ? kept->count() : 0;
+        const std::int32_t keepCount = tracked ? kept->count() : 0;
         float* out = result.channel(c);
         if (fit(signal.channel(c), signal.length(), work.data(), coefficientCount - 1, kernel, lags,
                 knownCount, lags, keepCount))
@@ -168,7 +170,7 @@ Signal32 predictChannels(const Signal32& signal, std::int32_t coefficientCount, 
             for (std::int32_t i = 1; i < coefficientCount; ++i)
                 out[i] = 0.0f;
         }
-        if (kept != nullptr)
+        if (tracked)
             kept->setReusable(c, false);
     }
     return result;

@@ -20,10 +20,18 @@ public:
 
     /** Whether channel c's kept lags are those of the signal the next fit is given. A fit keeps
         its own lags and clears the mark: only the caller knows whether a channel stays the same. */
-    void setReusable(std::int32_t c, bool reusable) { same[static_cast<std::size_t>(c)] = reusable ? 1 : 0; }
-    bool isReusable(std::int32_t c) const { return same[static_cast<std::size_t>(c)] != 0; }
+    void setReusable(std::int32_t c, bool reusable)
+    {
+        if (c >= 0 && c < channelCount())
+            same[static_cast<std::size_t>(c)] = reusable ? 1 : 0;
+    }
+    bool isReusable(std::int32_t c) const
+    {
+        return c >= 0 && c < channelCount() && same[static_cast<std::size_t>(c)] != 0;
+    }
 
     std::int32_t count() const noexcept { return lagCount; }
+    std::int32_t channelCount() const noexcept { return static_cast<std::int32_t>(same.size()); }
     double* channel(std::int32_t c)
     {
         return lags.data() + static_cast<std::size_t>(c) * static_cast<std::size_t>(lagCount);

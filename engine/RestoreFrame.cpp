@@ -37,7 +37,7 @@ Signal32 Tindler::restoreFrame(const Signal32& frame, ChannelPositions& lastRepa
         const Signal32 analysis2 = firstPass * analysisWindow;
         // A channel without clicks comes through the first pass as it was, so its windowed signal
         // is the one just fitted, and the lowest lags kept from that fit are its own.
-        for (std::int32_t c = 0; c < numChannels; ++c)
+        for (std::int32_t c = 0; c < frameLags.channelCount(); ++c)
             frameLags.setReusable(c, true);
         for (const ClickRegion& region : clicks)
             frameLags.setReusable(region.channel, false);
