@@ -49,16 +49,17 @@ bool recursionPlain(const double* reversed, double* a, double* other, std::int32
 
 // With AVX2 the update of step m also forms step m + 1's sum, as each new coefficient is made:
 // one pass over the coefficients per step instead of two, and four vector sums in flight. The
-// coefficients read backwards come in four at a time and are turned round in the register.
+// coefficients read backwards come in four at a time and are turned round in the register. Every
+// product and sum is fused explicitly, so that no compiler's choice of contraction moves the bits.
 __attribute__((target("avx2,fma"))) inline __m256d updateFour(const double* current, double* next,
                                                               const double* lagsAhead, __m256d k,
-                                                              std::int32_t m, std::int32_t i)
+                                                              std::int32_t m, std::int32_t i, __m256d sum)
 {
     const __m256d forwards = _mm256_loadu_pd(current + i);
     const __m256d backwards = _mm256_permute4x64_pd(_mm256_loadu_pd(current + m - 2 - i), 0x1B);
-    const __m256d updated = _mm256_add_pd(forwards, _mm256_mul_pd(k, backwards));
+    const __m256d updated = _mm256_fmadd_pd(k, backwards, forwards);
     _mm256_storeu_pd(next + i, updated);
-    return _mm256_mul_pd(updated, _mm256_loadu_pd(lagsAhead + i));
+    return _mm256_fmadd_pd(updated, _mm256_loadu_pd(lagsAhead + i), sum);
 }
 
 __attribute__((target("avx2,fma"))) bool recursionAvx2(const double* reversed, double* a, double* other,
@@ -69,7 +70,7 @@ __attribute__((target("avx2,fma"))) bool recursionAvx2(const double* reversed, d
     next[0] = 1.0;
     bool completed = true;
     // Step 1's sum: r[2] + r[1] a[1].
-    double acc = reversed[p - 1] + reversed[p] * a[1];
+    double acc = __builtin_fma(reversed[p], a[1], reversed[p - 1]);
     for (std::int32_t m = 1; m <= p - 1; ++m)
     {
         const double k = err == 0.0 ? 0.0 : -acc / err;
@@ -83,25 +84,25 @@ __attribute__((target("avx2,fma"))) bool recursionAvx2(const double* reversed, d
         std::int32_t i = 1;
         for (; i + 16 <= m + 1; i += 16)
         {
-            s0 = _mm256_add_pd(s0, updateFour(current, next, lagsAhead, kv, m, i));
-            s1 = _mm256_add_pd(s1, updateFour(current, next, lagsAhead, kv, m, i + 4));
-            s2 = _mm256_add_pd(s2, updateFour(current, next, lagsAhead, kv, m, i + 8));
-            s3 = _mm256_add_pd(s3, updateFour(current, next, lagsAhead, kv, m, i + 12));
+            s0 = updateFour(current, next, lagsAhead, kv, m, i, s0);
+            s1 = updateFour(current, next, lagsAhead, kv, m, i + 4, s1);
+            s2 = updateFour(current, next, lagsAhead, kv, m, i + 8, s2);
+            s3 = updateFour(current, next, lagsAhead, kv, m, i + 12, s3);
         }
         for (; i + 4 <= m + 1; i += 4)
-            s0 = _mm256_add_pd(s0, updateFour(current, next, lagsAhead, kv, m, i));
+            s0 = updateFour(current, next, lagsAhead, kv, m, i, s0);
         const __m256d s = _mm256_add_pd(_mm256_add_pd(s0, s1), _mm256_add_pd(s2, s3));
         const __m128d half = _mm_add_pd(_mm256_castpd256_pd128(s), _mm256_extractf128_pd(s, 1));
         double ahead = _mm_cvtsd_f64(_mm_add_sd(half, _mm_unpackhi_pd(half, half)));
         for (; i <= m; ++i)
         {
-            next[i] = current[i] + k * current[m + 1 - i];
-            ahead += next[i] * lagsAhead[i];
+            next[i] = __builtin_fma(k, current[m + 1 - i], current[i]);
+            ahead = __builtin_fma(next[i], lagsAhead[i], ahead);
         }
         next[m + 1] = k;
-        ahead += lagsAhead[0] + k * lagsAhead[m + 1];
+        ahead += __builtin_fma(k, lagsAhead[m + 1], lagsAhead[0]);
         std::swap(current, next);
-        err = err + k * acc;
+        err = __builtin_fma(k, acc, err);
         acc = ahead;
         if (err < 0.0)
         {
