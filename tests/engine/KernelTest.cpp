@@ -74,8 +74,8 @@ TEST(Autocorrelation, EveryKernelMatchesAPlainSumAtAnyLengthLagCountAndAlignment
             for (const std::int32_t lags : {1, 2, 5, 24, 25, 31, 32, 33, 241, 300})
                 for (const std::int32_t offset : {0, 1})
                 {
-                    // Floats widened, as the engine feeds it; a pointer one element off a
-                    // 64-byte boundary as well as on one.
+                    // Floats widened, as the engine feeds it; from the buffer's own aligned
+                    // start and from one element past it.
                     std::vector<double> buffer(static_cast<std::size_t>(length + 1));
                     for (auto& v : buffer)
                         v = static_cast<double>(sample(rng));
