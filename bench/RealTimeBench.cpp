@@ -141,11 +141,7 @@ void stageTimes(const Signal32& music)
             auto c = Clock::now();
             const Signal32 firstPass = Tindler::repairClicks(frame, shortPredictor, clicks);
             auto d = Clock::now();
-            // As the engine does: channels without clicks reuse the short fit's lags.
-            for (int ch = 0; ch < 2; ++ch)
-                kept.setReusable(ch, true);
-            for (const auto& region : clicks)
-                kept.setReusable(region.channel, false);
+            Tindler::keepLagsOfUntouchedChannels(kept, clicks);
             const Signal32 longPredictor = velmar::audio::linearPrediction(firstPass * window, 240, kept);
             auto e = Clock::now();
             const Signal32 repaired = Tindler::repairClicks(frame, longPredictor, clicks);

@@ -18,6 +18,14 @@ Signal32 Tindler::repairClicks(const Signal32& frame, const Signal32& coefficien
     return result;
 }
 
+void Tindler::keepLagsOfUntouchedChannels(KeptLags& kept, const ClickList& clicks)
+{
+    for (std::int32_t c = 0; c < kept.channelCount(); ++c)
+        kept.setReusable(c, true);
+    for (const ClickRegion& region : clicks)
+        kept.setReusable(region.channel, false);
+}
+
 void Tindler::repairRegion(const Signal32& source, const Signal32& target, const Signal32& coefficients,
                            std::int32_t channel, std::int32_t start, std::int32_t end, float baselineFactor)
 {

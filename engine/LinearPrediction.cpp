@@ -13,6 +13,14 @@ namespace velmar::audio
 
 namespace
 {
+// Leaves the recursion's last coefficients in a, wherever the trading of arrays left them.
+bool settle(const double* current, double* a, std::int32_t p, bool completed)
+{
+    if (current != a)
+        std::copy(current, current + p + 1, a);
+    return completed;
+}
+
 // The recursion proper, on lags stored reversed (reversed[t] = r[p + 1 - t]), so that its dot
 // product reads both arrays forwards. Each step writes the new coefficients from the old ones into
 // the other of two arrays, which then trade places; the result, or the state where the error went
@@ -42,9 +50,7 @@ bool recursionPlain(const double* reversed, double* a, double* other, std::int32
             break;
         }
     }
-    if (current != a)
-        std::copy(current, current + p + 1, a);
-    return completed;
+    return settle(current, a, p, completed);
 }
 
 // With AVX2 the update of step m also forms step m + 1's sum, as each new coefficient is made:
@@ -110,9 +116,7 @@ __attribute__((target("avx2,fma"))) bool recursionAvx2(const double* reversed, d
             break;
         }
     }
-    if (current != a)
-        std::copy(current, current + p + 1, a);
-    return completed;
+    return settle(current, a, p, completed);
 }
 
 // levinson, with the lags below knownCount taken from known instead of formed, and the lags below

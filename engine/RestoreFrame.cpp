@@ -35,12 +35,9 @@ Signal32 Tindler::restoreFrame(const Signal32& frame, ChannelPositions& lastRepa
     {
         const Signal32 firstPass = repairClicks(frame, detectionCoefficients, clicks);
         const Signal32 analysis2 = firstPass * analysisWindow;
-        // A channel without clicks comes through the first pass as it was, so its windowed signal
-        // is the one just fitted, and the lowest lags kept from that fit are its own.
-        for (std::int32_t c = 0; c < frameLags.channelCount(); ++c)
-            frameLags.setReusable(c, true);
-        for (const ClickRegion& region : clicks)
-            frameLags.setReusable(region.channel, false);
+        // A channel without clicks comes through the first pass as it was, so the lowest lags
+        // kept from the short fit are its own.
+        keepLagsOfUntouchedChannels(frameLags, clicks);
         repairCoefficients = linearPrediction(analysis2, repairOrder, frameLags);
     }
     const Signal32 repaired = repairClicks(frame, repairCoefficients, clicks);

@@ -82,6 +82,10 @@ public:
     static Signal32 repairClicks(const Signal32& frame, const Signal32& coefficients,
                                  const ClickList& clicks);
 
+    /** Marks in kept the channels that repairClicks leaves as they were, those without a click:
+        their windowed signal is the one the kept lags came from. */
+    static void keepLagsOfUntouchedChannels(KeptLags& kept, const ClickList& clicks);
+
     /** Fills start .. end - 1 of one channel of target by two-sided extrapolation from source. */
     static void repairRegion(const Signal32& source, const Signal32& target, const Signal32& coefficients,
                              std::int32_t channel, std::int32_t start, std::int32_t end,
